@@ -19,7 +19,13 @@ if ! kill -0 "$pid" 2>/dev/null; then
   cat "$rundir/mdb.log" >&2
   exit 1
 fi
-echo "mdb is running: pid $pid, $(ls /proc/$pid/task | wc -l) threads, run directory $rundir"
+echo "mdb is running: pid $pid, $(ls /proc/$pid/task | wc -l) threads, $(ls "$rundir"/*.socket | wc -l) command sockets in $rundir"
 echo
-# The command sockets come next; until then the tour runs the same core in-process.
+ctl() { echo "\$ mdbctl $*"; build/bin/mdbctl "$@" || true; echo; }
+ctl scalar-get 5
+ctl sysstate 1
+ctl --json scalar-get 4
+ctl get no:such 0
+# The modules come next; until then the tour shows a module of its own, in-process.
+echo "\$ mdbtour"
 build/bin/mdbtour "$@"

@@ -96,16 +96,3 @@ const char* mdbRequest2Name(uint32_t request) {
   }
 }
 
-const char* mdbErrorName(uint32_t code) {
-  static const char* const names[] = {
-      "noError",        "tooBig",          "genError",        "nullBuffer",       "indexRange",
-      "unused",         "altObject",       "objectHidden",    "invalidRange",     "invalidLength",
-      "noSuchInstance", "noSuchObject",    "noNextInstance",  "noCreation",       "inconsistentValue",
-      "inconsistentName", "resourceUnavailable", "commitFailed", "undoFailed",     "authorizationError",
-      "notWritable",    "noAccess",        "wrongType",       "wrongValue",       "wrongLength",
-      "endOfMibView",   "wrongEncoding"};
-  if (code == 0) return names[0];
-  if (code > 81920000u && code <= 81920026u && code != 81920005u) return names[code - 81920000u];
-  if (code == 0xFFFFFFFFu) return "failed";
-  return "unknown";
-}

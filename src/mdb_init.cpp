@@ -13,6 +13,8 @@
 MdbInfo gMdbInfo;
 
 namespace {
+MdbMibInitFn gExtraInits[16];
+uint32_t gExtraInitCount = 0;
 const uint8_t kDebugLevels[10] = {5, 6, 6, 5, 6, 5, 6, 6, 5, 6};
 const uint32_t kEnterprise = 47391;
 }  // namespace
@@ -61,6 +63,7 @@ uint32_t mdbOptInit(void) {
   gMdbInfo.unknownObjectHook = nullptr;
 
   mdbUserMibInit();
+  for (uint32_t i = 0; i < gExtraInitCount; i++) gExtraInits[i]();
 
   mdbEnterpriseOidRewrite();
 
@@ -70,5 +73,11 @@ uint32_t mdbOptInit(void) {
 
   static const uint32_t kHwilValue = 296;
   tgpHwilScalarSet(0, 499, &kHwilValue, 0);
+  return 0;
+}
+
+int mdbMibInitAdd(MdbMibInitFn init) {
+  if (init == nullptr || gExtraInitCount == sizeof gExtraInits / sizeof gExtraInits[0]) return -1;
+  gExtraInits[gExtraInitCount++] = init;
   return 0;
 }

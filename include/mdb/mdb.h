@@ -11,5 +11,6 @@
 #include "mdb/mdb_verbs.h"
 #include "mdb/mdb_access.h"
 #include "mdb/mdb_subsys.h"
+#include "mdb/mdb_cmd.h"
 
 #endif

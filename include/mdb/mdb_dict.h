@@ -10,6 +10,15 @@
 // rewrites the enterprise OID, opens the sockets and the timer task. 0 or -1.
 uint32_t mdbOptInit(void);
 
+// The daemon's main: options from the command line, signal handlers, start-up,
+// then sleep for ever. Returns only on failure (-1) or for a usage error (2).
+int mdbProcessMain(int argc, char** argv);
+
+// Modules of the embedding program (tests, tools), registered after the gated
+// sequence at start-up. Call before mdbOptInit; at most 16. 0 or -1.
+typedef int (*MdbMibInitFn)(void);
+int mdbMibInitAdd(MdbMibInitFn init);
+
 // Steps of start-up that tests and tools also use on their own.
 void mdbInfoInit(void);      // fills gMdbInfo with its start values
 int mdbDictInit(void);       // creates both tables and their locks; 0 or -1

@@ -8,6 +8,7 @@
 // ---------------------------------------------------------------- error codes
 enum : uint32_t {
   MDB_OK = 0,
+  MDB_MODULE_ERROR_BASE = 81920000,
   MDB_ERR_TOO_BIG = 81920001,
   MDB_ERR_GEN_ERROR = 81920002,
   MDB_ERR_NULL_BUFFER = 81920003,
@@ -127,8 +128,22 @@ uint32_t mdbErrorRequestMap(uint32_t requestKind);
 // "MDB_GET_NEXT", "MDB_GET", "MDB_SET", "MDB_VALIDATE", "MDB_COMMIT" or "N/A".
 const char* mdbRequest2Name(uint32_t request);
 
-// A short text for an error code ("noSuchInstance", ...), for clients and tools;
-// "unknown" for codes outside the family.
-const char* mdbErrorName(uint32_t code);
+// The name of the function that makes an error code ("mdbErrorInvalidRange"),
+// for clients and tools; "mdbNoError" for 0, "failed" for -1, "unknown" for
+// codes outside the family.
+inline const char* mdbErrorName(uint32_t code) {
+  static const char* const names[] = {
+      "mdbNoError",           "mdbErrorTooBig",          "mdbErrorGenError",         "mdbErrorNullBuffer",
+      "mdbErrorIndexRange",   "unknown",                 "mdbErrorAltObject",        "mdbObjectHidden",
+      "mdbErrorInvalidRange", "mdbErrorInvalidLength",   "mdbErrorNoSuchInstance",   "mdbErrorNoSuchObject",
+      "mdbErrorNoNextInstance", "mdbErrorNoCreation",    "mdbErrorInconsistValue",   "mdbErrorInconsistName",
+      "mdbErrorResourceUnavail", "mdbErrorCommitFailed", "mdbErrorUndoFailed",       "mdbErrorAuthorizationError",
+      "mdbErrorNotWritable",  "mdbErrorNoAccess",        "mdbErrorWrongType",        "mdbErrorWrongValue",
+      "mdbErrorWrongLength",  "mdbErrorEndOfMibView",    "mdbErrorWrongEncoding"};
+  if (code == 0) return names[0];
+  if (code > MDB_MODULE_ERROR_BASE && code <= MDB_ERR_WRONG_ENCODING) return names[code - MDB_MODULE_ERROR_BASE];
+  if (code == 0xFFFFFFFFu) return "failed";
+  return "unknown";
+}
 
 #endif

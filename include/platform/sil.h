@@ -6,6 +6,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
+#include <cstdlib>
 
 // ---------------------------------------------------------------- options
 // The option store: a "key=value" file (named by --options FILE or the
@@ -35,6 +37,17 @@ void silOptClear(void);
 // type must be 1 (text), other types return -1.
 int silOptRead(uint32_t instance, const char* key, uint32_t section, uint32_t flags,
                uint32_t type, char* buffer, uint32_t maxLength);
+
+// The run directory of the process's sockets: $MDB_RUNDIR, or /tmp.
+inline const char* silRunDir(void) {
+  const char* dir = getenv("MDB_RUNDIR");
+  return dir != nullptr && *dir != '\0' ? dir : "/tmp";
+}
+// "<run directory>/<name>" into buffer; 0, or -1 if it does not fit.
+inline int silRunPath(char* buffer, size_t capacity, const char* name) {
+  int n = snprintf(buffer, capacity, "%s/%s", silRunDir(), name);
+  return n >= 0 && static_cast<size_t>(n) < capacity ? 0 : -1;
+}
 
 // ---------------------------------------------------------------- clock
 // Uptime from a monotonic clock. Tests may replace the clock source: the

@@ -135,3 +135,4 @@ int silOptRead(uint32_t, const char* key, uint32_t, uint32_t, uint32_t type, cha
   }
   return static_cast<int>(n) + 1;
 }
+
