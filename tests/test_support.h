@@ -19,16 +19,7 @@ namespace mdbtest {
 
 inline MdbEntryDesc makeEntry(std::initializer_list<uint32_t> oid, uint32_t indexMin, uint32_t indexMax,
                               std::initializer_list<const char*> indexNames = {}) {
-  MdbEntryDesc e{};
-  e.oidTag = 1;
-  uint32_t i = 0;
-  for (uint32_t arc : oid) e.oid[i++] = arc;
-  e.oidLen = i + 1;
-  e.indexCountMin = indexMin;
-  e.indexCountMax = indexMax;
-  i = 0;
-  for (const char* n : indexNames) e.indexNames[i++] = n;
-  return e;
+  return mdbEntryMake(oid, indexMin, indexMax, indexNames);
 }
 
 inline MdbObjectDesc makeObject(uint16_t localId, uint16_t subId, uint32_t access, MdbObjectHandler handler,

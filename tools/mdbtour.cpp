@@ -54,21 +54,9 @@ uint32_t demoHandler(uint32_t kind, MdbCrb* crb) {
   }
 }
 
-MdbEntryDesc makeEntry(std::initializer_list<uint32_t> oid, uint32_t indexMin, uint32_t indexMax,
-                       const char* indexName) {
-  MdbEntryDesc e{};
-  e.oidTag = 1;
-  uint32_t n = 0;
-  for (uint32_t arc : oid) e.oid[n++] = arc;
-  e.oidLen = n + 1;
-  e.indexCountMin = indexMin;
-  e.indexCountMax = indexMax;
-  e.indexNames[0] = indexName;
-  return e;
-}
 
-const MdbEntryDesc gScalars = makeEntry({1, 3, 6, 1, 4, 1, 47391, 2, 9999, 1}, 0, 1, nullptr);
-const MdbEntryDesc gPorts = makeEntry({1, 3, 6, 1, 4, 1, 47391, 2, 9999, 2, 1}, 1, 1, "demo:portIndex");
+const MdbEntryDesc gScalars = mdbEntryMake({1, 3, 6, 1, 4, 1, 47391, 2, 9999, 1}, 0, 1);
+const MdbEntryDesc gPorts = mdbEntryMake({1, 3, 6, 1, 4, 1, 47391, 2, 9999, 2, 1}, 1, 1, {"demo:portIndex"});
 const MdbObjectDesc gObjects[] = {
     {0, 1, 64, 0, 0, MDB_TYPE_OCTET_STRING, MDB_ACCESS_RW, MDB_ATTR_ROW | MDB_ATTR_DISPLAY, demoHandler, nullptr,
      "demo:hostName"},

@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 
 struct HashTable;
 struct MdbCrb;
@@ -117,6 +118,24 @@ struct MdbEntryDesc {
   uintptr_t crbContext;
   MdbChangeFormatter changeFormatter;
 };
+
+// An entry from its OID (without the object's own arc), the index counts and
+// the index objects' names; the other fields take their usual values.
+constexpr MdbEntryDesc mdbEntryMake(std::initializer_list<uint32_t> oid, uint32_t indexCountMin,
+                                    uint32_t indexCountMax, std::initializer_list<const char*> indexNames = {}) {
+  MdbEntryDesc e{};
+  e.oidTag = 1;
+  uint32_t n = 0;
+  for (uint32_t arc : oid)
+    if (n < 16) e.oid[n++] = arc;
+  e.oidLen = n + 1;
+  e.indexCountMin = indexCountMin;
+  e.indexCountMax = indexCountMax;
+  uint32_t i = 0;
+  for (const char* name : indexNames)
+    if (i < 12) e.indexNames[i++] = name;
+  return e;
+}
 
 // One per object. `attributes` is changed at run time by the SNMP access
 // switch only, hence mutable.

@@ -140,21 +140,10 @@ uint32_t nameHandler(uint32_t kind, MdbCrb* crb) {
   return ulongSet(crb, static_cast<uint32_t>(row + 1) * 11), 0;
 }
 
-MdbEntryDesc entry(std::initializer_list<uint32_t> oid, uint32_t indexMin, uint32_t indexMax, const char* indexName) {
-  MdbEntryDesc e{};
-  e.oidTag = 1;
-  uint32_t n = 0;
-  for (uint32_t arc : oid) e.oid[n++] = arc;
-  e.oidLen = n + 1;
-  e.indexCountMin = indexMin;
-  e.indexCountMax = indexMax;
-  e.indexNames[0] = indexName;
-  return e;
-}
 
-const MdbEntryDesc gScalars = entry({1, 3, 6, 1, 4, 1, 47391, 2, 9990, 1}, 0, 1, nullptr);
-const MdbEntryDesc gRows = entry({1, 3, 6, 1, 4, 1, 47391, 2, 9990, 2, 1}, 1, 1, "e2e:rowIndex");
-const MdbEntryDesc gNames = entry({1, 3, 6, 1, 4, 1, 47391, 2, 9990, 3, 1}, 1, 33, "e2e:nameKey");
+const MdbEntryDesc gScalars = mdbEntryMake({1, 3, 6, 1, 4, 1, 47391, 2, 9990, 1}, 0, 1);
+const MdbEntryDesc gRows = mdbEntryMake({1, 3, 6, 1, 4, 1, 47391, 2, 9990, 2, 1}, 1, 1, {"e2e:rowIndex"});
+const MdbEntryDesc gNames = mdbEntryMake({1, 3, 6, 1, 4, 1, 47391, 2, 9990, 3, 1}, 1, 33, {"e2e:nameKey"});
 const MdbObjectDesc gObjects[] = {
     {0, 1, 4, 1, 100, MDB_TYPE_INTEGER, MDB_ACCESS_RW, 1, scalarHandler, nullptr, "e2e:int"},
     {1, 2, 32, 0, 0, MDB_TYPE_OCTET_STRING, MDB_ACCESS_RW, 1, scalarHandler, nullptr, "e2e:text"},
