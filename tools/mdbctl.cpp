@@ -7,6 +7,7 @@
 #include "mdb/mdb_client.h"
 #include "mdb/mdb_cmd.h"
 #include "mdb/mdb_errors.h"
+#include "mdb/mdb_timer.h"
 #include "mdb/mdb_types.h"
 
 #include <arpa/inet.h>
@@ -16,6 +17,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <string>
 #include <vector>
 
@@ -58,6 +60,7 @@ const char* typeName(uint32_t type) {
           "  next-name NAME                   the next object of the module\n"
           "  module NAME                      the module's record\n"
           "  snmp-init | sysstate N | scalar-get ATTR [TEXT] | scalar-set ATTR VALUE\n"
+          "  events [--count N] [--timeout SECONDS]   print configuration-change events as they come\n"
           "SOCKET defaults to $MDB_RUNDIR/mdbcmd.socket (/tmp if unset).\n");
   exit(kExitUsage);
 }
@@ -664,6 +667,56 @@ int cmdScalar(bool set, int argc, char** argv) {
   return kExitOk;
 }
 
+// Listens on the bus for change events; one line each. Ends after --count
+// events (exit 0) or --timeout seconds without enough (exit 1).
+int cmdEvents(int argc, char** argv) {
+  long count = -1, timeout = -1;
+  for (int i = 0; i < argc; i++) {
+    if (strcmp(argv[i], "--count") == 0 && i + 1 < argc) count = static_cast<long>(numberArg(argv[++i], "--count N"));
+    else if (strcmp(argv[i], "--timeout") == 0 && i + 1 < argc)
+      timeout = static_cast<long>(numberArg(argv[++i], "--timeout SECONDS"));
+    else usage("events [--count N] [--timeout SECONDS]");
+  }
+  MdbClientEvents* events = mdbClientEventsOpen(MDB_CONFG_EVENT_GROUP);
+  if (events == nullptr) {
+    fprintf(stderr, "mdbctl: cannot listen for events: %s\n", strerror(errno));
+    return kExitUsage;
+  }
+  setvbuf(stdout, nullptr, _IOLBF, 0);
+  struct timespec start;
+  clock_gettime(CLOCK_MONOTONIC, &start);
+  long seen = 0;
+  int status = kExitOk;
+  while (count < 0 || seen < count) {
+    int wait = -1;
+    if (timeout >= 0) {
+      struct timespec now;
+      clock_gettime(CLOCK_MONOTONIC, &now);
+      long elapsed = (now.tv_sec - start.tv_sec) * 1000 + (now.tv_nsec - start.tv_nsec) / 1000000;
+      if (elapsed >= timeout * 1000) {
+        status = kExitMdbError;
+        break;
+      }
+      wait = static_cast<int>(timeout * 1000 - elapsed);
+    }
+    uint8_t message[256];
+    int n = mdbClientEventsRead(events, message, sizeof message, wait);
+    if (n <= 0) continue;
+    uint32_t length = 0, timeMs = 0;
+    uint16_t type = 0;
+    if (n >= 8) {
+      memcpy(&length, message, 4);
+      memcpy(&type, message + 4, 2);
+    }
+    if (n >= 32) memcpy(&timeMs, message + 28, 4);
+    if (gOpt.json) printf("{\"type\":%u,\"length\":%u,\"time\":%u}\n", type, length, timeMs);
+    else printf("event type %u length %u time %u ms\n", type, length, timeMs);
+    seen++;
+  }
+  mdbClientEventsClose(events);
+  return status;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -683,6 +736,7 @@ int main(int argc, char** argv) {
     else args.push_back(argv[i]);
   }
   if (args.empty()) usage();
+  if (strcmp(args[0], "events") == 0) return cmdEvents(static_cast<int>(args.size()) - 1, args.data() + 1);
   if (gOpt.socket.empty()) {
     char path[256];
     if (mdbCmdSocketPath(path, sizeof path, 24) != 0) usage("run directory path too long");

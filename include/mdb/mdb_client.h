@@ -80,4 +80,13 @@ uint32_t mdbClientGetNextChain(MdbClient* client, const char* name, uint32_t* pI
                                uint32_t* pIndexCount, uint32_t steps, uint32_t valueCapacity,
                                const char* callerTag, MdbClientStepFn step, void* arg, uint32_t* pSteps);
 
+// Events of the platform's bus (the configuration-change event is group 90):
+// a listener in the run directory, for as long as it is open.
+struct MdbClientEvents;
+MdbClientEvents* mdbClientEventsOpen(uint32_t group);
+// Waits up to timeoutMs (-1: for ever) for one message; its length, 0 on
+// timeout, -1 on error. A message longer than capacity is cut.
+int mdbClientEventsRead(MdbClientEvents* events, void* buffer, uint32_t capacity, int timeoutMs);
+void mdbClientEventsClose(MdbClientEvents* events);
+
 #endif

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 
+#include "mdb/mdb_timer.h"
 #include "mdb/mdb_types.h"
 
 // Module gating: registers every module behind its gate option. 0 or -1.
@@ -18,11 +19,7 @@ int mdbSnmpInit(void);
 // Command sockets: opens the 25 sockets. 0.
 int mdbCmdTaskInit(void);
 
-// Timer service and the coalesced configuration-change event.
-void mdbTimerInit(void);
-void mdbConfgChangeNotify(MdbCrb* record, char* text, uint32_t textLength, uintptr_t word);
-// Logged writes that reached the change notification so far.
-uint32_t mdbConfgChangeCount(void);
+// Timer service and the coalesced configuration-change event: mdb_timer.h.
 
 // Diagnostics: the request journal and the two exports a client can ask for.
 void mdbInfoLog(uint32_t request, const MdbObjectNode* objectRow, const MdbCrb* record, uint32_t result);

@@ -90,6 +90,35 @@ int silTakeSem(SilSemId sem, int32_t timeoutMs);
 int silGiveSem(SilSemId sem);
 int silDeleteSem(SilSemId sem);
 
+// ---------------------------------------------------------------- timer lists
+// A timer list keeps running one-shot timers in the order they fall due, by
+// the uptime clock. A timer is the caller's record; the list owns it while it
+// runs. The list takes no lock: its user serialises the calls.
+typedef int (*SilTimerFn)(uintptr_t arg0, uintptr_t arg1, uintptr_t arg2);
+struct SilTimer {
+  SilTimer* next;
+  uint64_t dueMs;  // uptime in milliseconds at which it fires
+  SilTimerFn callback;
+  uintptr_t arg0, arg1, arg2;
+  uint32_t running;
+};
+struct SilTimerList {
+  SilTimer* head;
+  uintptr_t count;
+};
+void silTimerListInit(SilTimerList* list);
+// Starts (or restarts) a timer that fires once after delayMs. 0, or -1 for a
+// null list, timer or callback.
+int silTimerStart(SilTimerList* list, SilTimer* timer, uint64_t delayMs, SilTimerFn callback, uintptr_t arg0,
+                  uintptr_t arg1, uintptr_t arg2);
+// Stops a timer; one that is not running is no error. 0.
+int silTimerStop(SilTimerList* list, SilTimer* timer);
+// Milliseconds to the next timeout (0 if one is due), or -1 if no timer runs.
+int64_t silTimerListNextTimeout(const SilTimerList* list);
+// Fires, on the caller's thread, each timer that is due, in order; a timer is
+// idle again when its callback runs. Returns the number fired.
+int silTimerListCheck(SilTimerList* list);
+
 // ---------------------------------------------------------------- process
 // Installs a handler for SIGSEGV, SIGBUS, SIGFPE and SIGILL that writes the
 // signal and a backtrace to standard error, then dies of the same signal.

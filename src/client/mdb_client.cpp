@@ -2,6 +2,8 @@
 #include "mdb/mdb_client.h"
 #include "mdb/mdb_cmd.h"
 #include "platform/icm.h"
+#include "platform/sil.h"
+#include "platform/tgp.h"
 
 #include <poll.h>
 #include <sys/socket.h>
@@ -12,6 +14,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <atomic>
 #include <new>
 
 struct MdbClient {
@@ -436,4 +439,53 @@ uint32_t mdbClientGetNextChain(MdbClient* c, const char* name, uint32_t* pIndex,
   }
   if (pSteps != nullptr) *pSteps = count;
   return last;
+}
+
+struct MdbClientEvents {
+  int fd;
+  sockaddr_un address;
+};
+
+MdbClientEvents* mdbClientEventsOpen(uint32_t group) {
+  static std::atomic<uint32_t> serial{0};
+  char prefix[32], name[96];
+  tgpBusPrefix(prefix, sizeof prefix, group);
+  snprintf(name, sizeof name, "%s%d-%u.socket", prefix, static_cast<int>(getpid()), serial.fetch_add(1));
+  auto* e = new (std::nothrow) MdbClientEvents;
+  if (e == nullptr) return nullptr;
+  memset(&e->address, 0, sizeof e->address);
+  e->address.sun_family = AF_UNIX;
+  e->fd = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+  if (e->fd < 0 || silRunPath(e->address.sun_path, sizeof e->address.sun_path, name) != 0) {
+    if (e->fd >= 0) close(e->fd);
+    delete e;
+    return nullptr;
+  }
+  unlink(e->address.sun_path);
+  if (bind(e->fd, reinterpret_cast<sockaddr*>(&e->address), sizeof e->address) != 0) {
+    close(e->fd);
+    delete e;
+    return nullptr;
+  }
+  return e;
+}
+
+int mdbClientEventsRead(MdbClientEvents* e, void* buffer, uint32_t capacity, int timeoutMs) {
+  if (e == nullptr || buffer == nullptr) return -1;
+  for (;;) {
+    pollfd p{e->fd, POLLIN, 0};
+    int ready = poll(&p, 1, timeoutMs);
+    if (ready < 0 && errno == EINTR) continue;
+    if (ready <= 0) return ready;
+    ssize_t n = recv(e->fd, buffer, capacity, 0);
+    if (n < 0 && errno == EINTR) continue;
+    return n < 0 ? -1 : static_cast<int>(n);
+  }
+}
+
+void mdbClientEventsClose(MdbClientEvents* e) {
+  if (e == nullptr) return;
+  close(e->fd);
+  unlink(e->address.sun_path);
+  delete e;
 }
