@@ -10,7 +10,7 @@ cmake --build build -j"$jobs" >/dev/null
 
 rundir=$(mktemp -d /tmp/mdb-demo.XXXXXX)
 export MDB_RUNDIR="$rundir"
-build/bin/mdb "$@" >"$rundir/mdb.log" 2>&1 &
+build/bin/mdb -o mdb.ramdir="$rundir/ram" "$@" >"$rundir/mdb.log" 2>&1 &
 pid=$!
 trap 'kill "$pid" 2>/dev/null || true; wait "$pid" 2>/dev/null || true; rm -rf "$rundir"' EXIT
 sleep 0.3
@@ -19,13 +19,13 @@ if ! kill -0 "$pid" 2>/dev/null; then
   cat "$rundir/mdb.log" >&2
   exit 1
 fi
-echo "mdb is running: pid $pid, $(ls /proc/$pid/task | wc -l) threads, $(ls "$rundir"/*.socket | wc -l) command sockets in $rundir"
+echo "mdb is running: pid $pid, $(ls /proc/$pid/task | wc -l) threads, $(ls "$rundir"/mdbcmd*.socket | wc -l) command sockets in $rundir"
 echo
 ctl() { echo "\$ mdbctl $*"; build/bin/mdbctl "$@" || true; echo; }
 ctl scalar-get 5
-ctl sysstate 1
-ctl --json scalar-get 4
+ctl walk clock
+ctl walk mirror:mirrorGroupMirrorToPort
+ctl set mirror:mirrorGroupVlan 1 100
+ctl set mirror:mirrorGroupVlan 1 5000
+ctl --json get mirror:mirrorGroupVlan 1
 ctl get no:such 0
-# The modules come next; until then the tour shows a module of its own, in-process.
-echo "\$ mdbtour"
-build/bin/mdbtour "$@"
