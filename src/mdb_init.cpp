@@ -55,6 +55,10 @@ uint32_t mdbOptInit(void) {
     return static_cast<uint32_t>(-1);
 
   mdbInfoInit();
+  // The debug switches, off unless an option of our own sets them.
+  char mask[32] = {0};
+  if (silOptRead(0, "mdb.debugmask", 0, 0, 1, mask, sizeof mask - 1) > 0)
+    gMdbInfo.debugMask = static_cast<uint32_t>(strtoul(mask, nullptr, 0));
   MDB_COUNT(mdbInitCalled);
   if (mdbDictInit() != 0) return static_cast<uint32_t>(-1);
   gMdbInfo.entryHook = nullptr;
