@@ -161,7 +161,7 @@ uint32_t fwHandler(uint32_t kind, MdbCrb* mdb) {
   call.object = o;
   call.key = 0;
   call.buffer = buffer;
-  call.bufferSize = e->bufferSize < FW_MAX_BUFFER ? e->bufferSize : FW_MAX_BUFFER;
+  call.bufferSize = e->bufferSize < FW_MAX_BUFFER ? e->bufferSize : static_cast<uint32_t>(FW_MAX_BUFFER);
   call.holder = MdbOctetValue{buffer, call.bufferSize};
   call.slot = 0;
 

@@ -66,7 +66,7 @@ int silOptLoadFile(const char* path) {
   }
   fclose(f);
   std::unique_lock guard(store().lock);
-  store().file.swap(parsed);
+  store().file = std::move(parsed);
   return rc;
 }
 

@@ -79,14 +79,14 @@ int configWrite(const uint32_t*, uint32_t, uint32_t, const void* value) {
   if (!ramPathOf(value, path, sizeof path)) return MDB_ERR_WRONG_VALUE;
   std::string dir(path, strrchr(path, '/') - path);
   if (!dir.empty()) mkdir(dir.c_str(), 0755);  // the directory may not exist yet on a fresh system
-  return svcStoreSave(path) == 0 ? 0 : MDB_ERR_RESOURCE_UNAVAIL;
+  return svcStoreSave(path) == 0 ? 0 : static_cast<int>(MDB_ERR_RESOURCE_UNAVAIL);
 }
 
 // Erases the stored configuration file named; one that does not exist is erased.
 int configErase(const uint32_t*, uint32_t, uint32_t, const void* value) {
   char path[512];
   if (!ramPathOf(value, path, sizeof path)) return MDB_ERR_WRONG_VALUE;
-  return unlink(path) == 0 || errno == ENOENT ? 0 : MDB_ERR_RESOURCE_UNAVAIL;
+  return unlink(path) == 0 || errno == ENOENT ? 0 : static_cast<int>(MDB_ERR_RESOURCE_UNAVAIL);
 }
 
 }  // namespace
