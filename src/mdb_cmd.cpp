@@ -2,10 +2,12 @@
 // functions that carry each command's arguments to its verb and back.
 #include "mdb/mdb_cmd.h"
 #include "mdb/mdb_dict.h"
+#include "mdb/mdb_snmp.h"
 #include "mdb/mdb_subsys.h"
 #include "mdb/mdb_verbs.h"
 #include "platform/icm.h"
 #include "platform/sil.h"
+#include "platform/snmp_agent.h"
 
 #include <cstdio>
 #include <cstring>
@@ -198,10 +200,83 @@ uint32_t cmdModuleGet(const IcmRequest* r, IcmWriter* w) {
   return ICM_STATUS_OK;
 }
 
-// 11: -> rc
+// Bytes that an argument of `length` data bytes takes in a frame.
+uint32_t argSpace(uint32_t length) { return ICM_ARG_HEADER_SIZE + icmPad4(length); }
+
+// Whether one more row of `args` arguments and `bytes` bytes fits the reply,
+// which holds `used` arguments so far.
+bool rowFits(const IcmWriter* w, uint32_t used, uint32_t args, uint32_t bytes) {
+  return used + args <= ICM_MAX_REPLY_ARGS && bytes <= w->capacity - w->length;
+}
+
+// A page of the agent's records from `offset`: as many rows as the reply
+// holds, at most maxRows (0: no limit). The rows are copied one at a time
+// into this frame; the count is written in its place when the page is done.
+void snmpListPage(uint32_t list, uint32_t offset, uint32_t maxRows, IcmWriter* w) {
+  const bool objects = list == MDB_SNMP_LIST_OBJECTS;
+  const uint32_t total = objects ? snmpAgentObjectCount() : snmpAgentORCount();
+  icmPutU32(w, 0);
+  icmPutU32(w, total);
+  const uint32_t countAt = w->length;
+  icmPutU32(w, 0);
+  uint32_t count = 0, used = 3;
+  for (uint32_t at = offset; at < total && (maxRows == 0 || count < maxRows); at++) {
+    if (objects) {
+      // name, OID, type, access, indexCountMax
+      SnmpAgentObject o;
+      if (snmpAgentObjectGet(at, &o) != 0) break;
+      uint32_t nameLength = static_cast<uint32_t>(strlen(o.name));
+      if (!rowFits(w, used, 5, argSpace(nameLength) + argSpace(o.oidLength * 4) + 3 * argSpace(4))) break;
+      icmPutString(w, o.name);
+      icmPutU32Array(w, o.oid, o.oidLength);
+      icmPutU32(w, o.type);
+      icmPutU32(w, o.access);
+      icmPutU32(w, o.indexCountMax);
+      used += 5;
+    } else {
+      // description, OID
+      SnmpAgentORRow row;
+      if (snmpAgentORGet(at, &row) != 0) break;
+      uint32_t textLength = static_cast<uint32_t>(strlen(row.description));
+      if (!rowFits(w, used, 2, argSpace(textLength) + argSpace(row.oidLength * 4))) break;
+      icmPutString(w, row.description);
+      icmPutU32Array(w, row.oid, row.oidLength);
+      used += 2;
+    }
+    count++;
+  }
+  icmStore32(w->buf + countAt + ICM_ARG_HEADER_SIZE, count);
+}
+
+// 11: -> rc, visible, hidden, failed, sysOR rows (of this run), objects and
+// sysOR rows the agent holds (the totals of the two lists).
+// Ours, 11 with list, offset, maxRows -> rc, total, count, then count rows:
+// for MDB_SNMP_LIST_OBJECTS name, OID, type, access, indexCountMax; for
+// MDB_SNMP_LIST_SYSOR description, OID. An unknown list answers -1.
 uint32_t cmdSnmpInit(const IcmRequest* r, IcmWriter* w) {
-  if (r->argCount != 0) return ICM_STATUS_BAD_ARGUMENTS;
-  icmPutU32(w, static_cast<uint32_t>(mdbSnmpInit()));
+  if (r->argCount == 0) {
+    uint32_t rc = static_cast<uint32_t>(mdbSnmpInit());
+    MdbSnmpTally tally;
+    mdbSnmpTallyGet(&tally);
+    icmPutU32(w, rc);
+    icmPutU32(w, tally.visible);
+    icmPutU32(w, tally.hidden);
+    icmPutU32(w, tally.failed);
+    icmPutU32(w, tally.orRows);
+    icmPutU32(w, snmpAgentObjectCount());
+    icmPutU32(w, snmpAgentORCount());
+    return ICM_STATUS_OK;
+  }
+  uint32_t list, offset, maxRows;
+  if (r->argCount != 3 || !icmArgU32(r, 0, &list) || !icmArgU32(r, 1, &offset) || !icmArgU32(r, 2, &maxRows))
+    return ICM_STATUS_BAD_ARGUMENTS;
+  if (list != MDB_SNMP_LIST_OBJECTS && list != MDB_SNMP_LIST_SYSOR) {
+    icmPutU32(w, 0xFFFFFFFFu);
+    icmPutU32(w, 0);
+    icmPutU32(w, 0);
+    return ICM_STATUS_OK;
+  }
+  snmpListPage(list, offset, maxRows, w);
   return ICM_STATUS_OK;
 }
 

@@ -11,6 +11,7 @@
 #include "mdb/mdb_types.h"
 
 #include <arpa/inet.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cinttypes>
@@ -59,7 +60,10 @@ const char* typeName(uint32_t type) {
           "  name OID                         the object at an OID\n"
           "  next-name NAME                   the next object of the module\n"
           "  module NAME                      the module's record\n"
-          "  snmp-init | sysstate N | scalar-get ATTR [TEXT] | scalar-set ATTR VALUE\n"
+          "  snmp-init                        register with the SNMP agent; with --json, all it was given\n"
+          "  export-tree FILE                 the daemon writes its MIB tree to FILE\n"
+          "  show-all FILE                    the daemon writes every module's objects to FILE\n"
+          "  sysstate N | scalar-get ATTR [TEXT] | scalar-set ATTR VALUE\n"
           "  events [--count N] [--timeout SECONDS]   print configuration-change events as they come\n"
           "SOCKET defaults to $MDB_RUNDIR/mdbcmd.socket (/tmp if unset).\n");
   exit(kExitUsage);
@@ -667,6 +671,77 @@ int cmdScalar(bool set, int argc, char** argv) {
   return kExitOk;
 }
 
+// ---------------------------------------------------------------- SNMP
+// The rows of the two lists as JSON objects, appended to a text that starts "[".
+int snmpJsonRow(void* arg, const MdbClientSnmpRow* row) {
+  auto* out = static_cast<std::string*>(arg);
+  if (out->back() != '[') *out += ',';
+  std::string oid = "\"" + indexText(row->oid, row->oidLength) + "\"";
+  *out += "{\"name\":" + jsonString(std::string(row->name)) + ",\"oid\":" + oid + ",\"type\":\"" +
+          typeName(row->type) + "\",\"access\":" + std::to_string(row->access) +
+          ",\"indexCountMax\":" + std::to_string(row->indexCountMax) + "}";
+  return 0;
+}
+
+int snmpJsonORRow(void* arg, const MdbClientSnmpRow* row) {
+  auto* out = static_cast<std::string*>(arg);
+  if (out->back() != '[') *out += ',';
+  *out += "{\"description\":" + jsonString(std::string(row->name)) + ",\"oid\":\"" +
+          indexText(row->oid, row->oidLength) + "\"}";
+  return 0;
+}
+
+// Registers with the agent and shows the counts of the run; with --json also
+// every object and sysORTable row the agent now holds, read page by page.
+int cmdSnmpInit(int argc, char**) {
+  if (argc != 0) usage("snmp-init");
+  MdbClientSnmpSummary sum{};
+  uint32_t rc = mdbClientSnmpInitSummary(gClient, &sum);
+  if (rc != 0) return fail(rc, "snmp-init");
+  if (!gOpt.json) {
+    printf("snmp-init: ok\n  visible objects  %u\n  hidden objects   %u\n  failed objects   %u\n"
+           "  sysORTable rows  %u\n",
+           sum.visible, sum.hidden, sum.failed, sum.orRows);
+    return kExitOk;
+  }
+  std::string objects = "[", rows = "[";
+  rc = mdbClientSnmpList(gClient, MDB_SNMP_LIST_OBJECTS, 0, snmpJsonRow, &objects, nullptr);
+  if (rc == 0) rc = mdbClientSnmpList(gClient, MDB_SNMP_LIST_SYSOR, 0, snmpJsonORRow, &rows, nullptr);
+  if (rc != 0) return fail(rc, "snmp-init");
+  printf("{\"rc\":0,\"visible\":%u,\"hidden\":%u,\"failed\":%u,\"sysORRows\":%u,\"objects\":%s],"
+         "\"sysORTable\":%s]}\n",
+         sum.visible, sum.hidden, sum.failed, sum.orRows, objects.c_str(), rows.c_str());
+  return kExitOk;
+}
+
+// The daemon writes the file, so a relative path is taken from here.
+int cmdExport(bool all, int argc, char** argv) {
+  const char* what = all ? "show-all" : "export-tree";
+  if (argc != 1 || argv[0][0] == '\0') usage(all ? "show-all FILE" : "export-tree FILE");
+  std::string path = argv[0];
+  if (path[0] != '/') {
+    char cwd[4096];
+    if (getcwd(cwd, sizeof cwd) == nullptr) usage("cannot resolve a relative FILE");
+    path = std::string(cwd) + "/" + path;
+  }
+  if (path.size() > 511) usage("FILE: at most 511 characters");
+  // Attribute 0 takes the path's text; attribute 1 a u32 length, then the text.
+  std::vector<uint8_t> in;
+  if (all) {
+    uint32_t n = static_cast<uint32_t>(path.size());
+    in.resize(4);
+    memcpy(in.data(), &n, 4);
+  }
+  in.insert(in.end(), path.begin(), path.end());
+  uint32_t length = 0;
+  uint32_t rc = mdbClientScalarGetApi(gClient, 0, all ? 1 : 0, in.data(), static_cast<uint32_t>(in.size()), nullptr,
+                                      &length);
+  if (rc != 0) return fail(rc, what);
+  if (gOpt.json) printf("{\"rc\":0,\"file\":%s}\n", jsonString(path).c_str());
+  else printf("%s: wrote %s\n", what, path.c_str());
+  return kExitOk;
+}
+
 // Listens on the bus for change events; one line each. Ends after --count
 // events (exit 0) or --timeout seconds without enough (exit 1).
 int cmdEvents(int argc, char** argv) {
@@ -761,7 +836,9 @@ int main(int argc, char** argv) {
   else if (command == "name") status = cmdName(n, rest);
   else if (command == "next-name") status = cmdNextName(n, rest);
   else if (command == "module") status = cmdModule(n, rest);
-  else if (command == "snmp-init") status = n == 0 ? cmdSimple("snmp-init", mdbClientSnmpInit(gClient)) : (usage("snmp-init"), 2);
+  else if (command == "snmp-init") status = cmdSnmpInit(n, rest);
+  else if (command == "export-tree") status = cmdExport(false, n, rest);
+  else if (command == "show-all") status = cmdExport(true, n, rest);
   else if (command == "sysstate")
     status = n == 1 ? cmdSimple("sysstate", mdbClientSysStateSet(gClient, numberArg(rest[0], "sysstate N"))) : (usage("sysstate N"), 2);
   else if (command == "scalar-get") status = cmdScalar(false, n, rest);

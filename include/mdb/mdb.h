@@ -12,6 +12,7 @@
 #include "mdb/mdb_access.h"
 #include "mdb/mdb_subsys.h"
 #include "mdb/mdb_show.h"
+#include "mdb/mdb_snmp.h"
 #include "mdb/mdb_cmd.h"
 
 #endif

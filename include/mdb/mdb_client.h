@@ -5,6 +5,7 @@
 
 #include <cstdint>
 
+#include "mdb/mdb_snmp.h"
 #include "mdb/mdb_verbs.h"
 
 struct MdbClient;
@@ -53,7 +54,43 @@ struct MdbClientModule {
   char firstObject[256];
 };
 uint32_t mdbClientModuleGet(MdbClient* client, const char* name, MdbClientModule* out);
+// Registration with the SNMP agent: runs mdbSnmpInit in the daemon (which
+// answers 0 in any case).
 uint32_t mdbClientSnmpInit(MdbClient* client);
+
+// The same, with what the run did and how much the agent now holds.
+struct MdbClientSnmpSummary {
+  uint32_t visible;          // objects handed to the agent
+  uint32_t hidden;           // objects skipped as hidden from it
+  uint32_t failed;           // objects the agent refused
+  uint32_t orRows;           // sysORTable rows handed to it
+  uint32_t recordedObjects;  // objects the agent holds: the length of list MDB_SNMP_LIST_OBJECTS
+  uint32_t recordedORRows;   // sysORTable rows it holds: the length of list MDB_SNMP_LIST_SYSOR
+};
+uint32_t mdbClientSnmpInitSummary(MdbClient* client, MdbClientSnmpSummary* out);
+
+// One record of what the agent was given. For a sysORTable row `name` is its
+// description and type, access and indexCountMax are 0.
+struct MdbClientSnmpRow {
+  char name[256];
+  uint32_t oid[128];
+  uint32_t oidLength;
+  uint32_t type;
+  uint32_t access;
+  uint32_t indexCountMax;
+};
+// Called for each row in order; non-zero ignores the rest.
+typedef int (*MdbClientSnmpRowFn)(void* arg, const MdbClientSnmpRow* row);
+// One page of list MDB_SNMP_LIST_OBJECTS or MDB_SNMP_LIST_SYSOR from row
+// `offset`: as many rows as one reply holds, at most maxRows (0: no limit).
+// *pTotal receives the list's length, *pCount the rows of this page (either
+// may be null). Does not run the registration.
+uint32_t mdbClientSnmpListPage(MdbClient* client, uint32_t list, uint32_t offset, uint32_t maxRows,
+                               MdbClientSnmpRowFn fn, void* arg, uint32_t* pTotal, uint32_t* pCount);
+// The whole list, page by page of at most pageRows rows (0: as many as fit);
+// *pCount receives the number of rows passed to fn.
+uint32_t mdbClientSnmpList(MdbClient* client, uint32_t list, uint32_t pageRows, MdbClientSnmpRowFn fn, void* arg,
+                           uint32_t* pCount);
 uint32_t mdbClientSysStateSet(MdbClient* client, uint32_t state);
 
 // The system scalars: `in` and `inLength` are the value sent (null for

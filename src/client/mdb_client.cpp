@@ -381,6 +381,82 @@ uint32_t mdbClientSnmpInit(MdbClient* c) {
   return simpleResult(c, &w, MDB_CMD_SNMP_INIT);
 }
 
+uint32_t mdbClientSnmpInitSummary(MdbClient* c, MdbClientSnmpSummary* out) {
+  IcmWriter w;
+  if (c == nullptr) return MDB_CLIENT_ERR_IO;
+  icmBegin(&w, c->out, sizeof c->out);
+  uint32_t rc = roundTrip(c, &w, MDB_CMD_SNMP_INIT);
+  if (rc != 0) return rc;
+  uint32_t v[7];
+  if (c->reply.argCount != 7) return MDB_CLIENT_ERR_PROTOCOL;
+  for (uint32_t i = 0; i < 7; i++)
+    if (!replyU32(c, i, &v[i])) return MDB_CLIENT_ERR_PROTOCOL;
+  if (out != nullptr) *out = MdbClientSnmpSummary{v[1], v[2], v[3], v[4], v[5], v[6]};
+  return v[0];
+}
+
+uint32_t mdbClientSnmpListPage(MdbClient* c, uint32_t list, uint32_t offset, uint32_t maxRows,
+                               MdbClientSnmpRowFn fn, void* arg, uint32_t* pTotal, uint32_t* pCount) {
+  IcmWriter w;
+  if (pCount != nullptr) *pCount = 0;
+  if (c == nullptr) return MDB_CLIENT_ERR_IO;
+  icmBegin(&w, c->out, sizeof c->out);
+  icmPutU32(&w, list);
+  icmPutU32(&w, offset);
+  icmPutU32(&w, maxRows);
+  uint32_t rc = roundTrip(c, &w, MDB_CMD_SNMP_INIT);
+  if (rc != 0) return rc;
+  uint32_t result, total, count;
+  const uint32_t perRow = list == MDB_SNMP_LIST_OBJECTS ? 5 : 2;
+  if (!replyU32(c, 0, &result) || !replyU32(c, 1, &total) || !replyU32(c, 2, &count) ||
+      c->reply.argCount != 3 + perRow * count)
+    return MDB_CLIENT_ERR_PROTOCOL;
+  bool listening = fn != nullptr;
+  for (uint32_t i = 0; i < count && listening; i++) {
+    const uint32_t at = 3 + perRow * i;
+    MdbClientSnmpRow row{};
+    const char* text;
+    if (!icmArgString(&c->reply, at, row.name, sizeof row.name, &text) ||
+        !icmArgU32Array(&c->reply, at + 1, row.oid, sizeof row.oid / sizeof row.oid[0], &row.oidLength) ||
+        (perRow == 5 && (!replyU32(c, at + 2, &row.type) || !replyU32(c, at + 3, &row.access) ||
+                         !replyU32(c, at + 4, &row.indexCountMax))))
+      return MDB_CLIENT_ERR_PROTOCOL;
+    if (fn(arg, &row) != 0) listening = false;
+  }
+  if (pTotal != nullptr) *pTotal = total;
+  if (pCount != nullptr) *pCount = count;
+  return result;
+}
+
+namespace {
+struct ListWalk {
+  MdbClientSnmpRowFn fn;
+  void* arg;
+  uint32_t passed;
+  bool stopped;
+};
+int listWalkRow(void* arg, const MdbClientSnmpRow* row) {
+  auto* walk = static_cast<ListWalk*>(arg);
+  walk->passed++;
+  if (walk->fn != nullptr && walk->fn(walk->arg, row) != 0) walk->stopped = true;
+  return walk->stopped ? 1 : 0;
+}
+}  // namespace
+
+uint32_t mdbClientSnmpList(MdbClient* c, uint32_t list, uint32_t pageRows, MdbClientSnmpRowFn fn, void* arg,
+                           uint32_t* pCount) {
+  ListWalk walk{fn, arg, 0, false};
+  uint32_t offset = 0, total = 0, count = 0;
+  uint32_t rc;
+  do {
+    rc = mdbClientSnmpListPage(c, list, offset, pageRows, listWalkRow, &walk, &total, &count);
+    offset += count;
+    // A page that brings nothing ends the list even if its total says otherwise.
+  } while (rc == 0 && !walk.stopped && count != 0 && offset < total);
+  if (pCount != nullptr) *pCount = walk.passed;
+  return rc;
+}
+
 uint32_t mdbClientSysStateSet(MdbClient* c, uint32_t state) {
   IcmWriter w;
   if (c == nullptr) return MDB_CLIENT_ERR_IO;
