@@ -14,7 +14,7 @@ const MdbInitStep gMdbInitSequence[] = {
   // 1
     {MDB_GATE_OPEN, 0, {"mdb.qxcompatenable"}, {{"qxOpticalTransceiverMibInit", "qxopticaltransceiver", 0, nullptr}, {"qxFanMonitorMibInit", "qxfanmonitor", 0, nullptr}, {"qxPowerMonitorMibInit", "qxpowermonitor", 0, nullptr}, {"qxSwitchSystemMibInit", "qxswitchsystem", 0, nullptr}, {"qxSystemMibInit", "qxsystem", 0, nullptr}}},
   // 2
-    {MDB_GATE_ALWAYS, 0, {}, {{"rfc1907MibInit", "rfc1907", 0, nullptr}, {"rfc2571MibInit", "rfc2571", 0, nullptr}, {"rfc2572MibInit", "rfc2572", 0, nullptr}, {"rfc2573nMibInit", "rfc2573n", 145, nullptr}, {"rfc2573tMibInit", "rfc2573t", 145, nullptr}, {"rfc2574MibInit", "rfc2574", 145, nullptr}, {"snmpMibInit", "snmp", 145, nullptr}}},
+    {MDB_GATE_ALWAYS, 0, {}, {{"rfc1907MibInit", "rfc1907", 0, rfc1907MibInit}, {"rfc2571MibInit", "rfc2571", 0, rfc2571MibInit}, {"rfc2572MibInit", "rfc2572", 0, rfc2572MibInit}, {"rfc2573nMibInit", "rfc2573n", 145, rfc2573nMibInit}, {"rfc2573tMibInit", "rfc2573t", 145, rfc2573tMibInit}, {"rfc2574MibInit", "rfc2574", 145, rfc2574MibInit}, {"snmpMibInit", "snmp", 145, snmpMibInit}}},
   // 3
     {MDB_GATE_OPEN, 0, {"mdb.rfc2674penable"}, {{"rfc2674pMibInit", "rfc2674p", 0, nullptr}}},
   // 4
@@ -120,7 +120,7 @@ const MdbInitStep gMdbInitSequence[] = {
   // 54
     {MDB_GATE_OPEN, 0, {"hvs.enable"}, {{"hvsMibInit", "hvs", 27, nullptr}}},
   // 55
-    {MDB_GATE_ALWAYS, 0, {}, {{"snmpTimerTrapMibInit", "snmptraptimer", 0, nullptr}}},
+    {MDB_GATE_ALWAYS, 0, {}, {{"snmpTimerTrapMibInit", "snmptraptimer", 0, snmpTimerTrapMibInit}}},
   // 56
     {MDB_GATE_OPEN, 0, {"stp.enable"}, {{"stpMibInit", "stp", 4, nullptr}}},
   // 57
@@ -280,7 +280,7 @@ const MdbInitStep gMdbInitSequence[] = {
   // 128
     {MDB_GATE_OPEN, 0, {"watchdog.enable"}, {{"watchdogMibInit", "watchdog", 0, nullptr}}},
   // 129
-    {MDB_GATE_ALWAYS, 0, {}, {{"rfc2790MibInit", "rfc2790", 0, nullptr}, {"rfc2575MibInit", "rfc2575", 145, nullptr}}},
+    {MDB_GATE_ALWAYS, 0, {}, {{"rfc2790MibInit", "rfc2790", 0, nullptr}, {"rfc2575MibInit", "rfc2575", 145, rfc2575MibInit}}},
 };
 const uint32_t gMdbInitSequenceLength = sizeof gMdbInitSequence / sizeof gMdbInitSequence[0];
 

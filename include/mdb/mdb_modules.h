@@ -5,5 +5,14 @@
 int systemMibInit(void);
 int clockMibInit(void);
 int mirrorMibInit(void);
+int rfc1907MibInit(void);
+int rfc2571MibInit(void);
+int rfc2572MibInit(void);
+int rfc2573nMibInit(void);
+int rfc2573tMibInit(void);
+int rfc2574MibInit(void);
+int snmpMibInit(void);
+int snmpTimerTrapMibInit(void);
+int rfc2575MibInit(void);
 
 #endif
