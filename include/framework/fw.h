@@ -411,4 +411,17 @@ int fwIndexColumnAt(const FwEntry* entry, const uint32_t* index, uint32_t count,
 uint32_t fwNextIndex(const FwEntry* entry, MdbCrb* mdb);
 uint32_t fwValidateIndex(const FwEntry* entry, MdbCrb* mdb);
 
+// A Next function for tables whose walk ends at an index of `limit` sub-ids
+// or more (a string index longer than the table takes); a shorter index goes
+// on by the rules of `walk`, the same entry without this function.
+template <const FwEntry& walk, uint32_t limit>
+uint32_t fwNextBelow(const FwEntry*, MdbCrb* mdb) {
+  return mdb->indexSubIdCount < limit ? fwNextIndex(&walk, mdb) : static_cast<uint32_t>(-1);
+}
+
+// A spin lock (TestAndIncr): at Validate the lock's current value replaces
+// the one in the request and no mark is set; a write hands the request's
+// value to the service, which decides what it does to the lock.
+uint32_t fwSpinLock(uint32_t kind, MdbCrb* mdb, FwCall* call);
+
 #endif

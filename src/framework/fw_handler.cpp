@@ -207,3 +207,11 @@ uint32_t fwServePlain(uint32_t kind, MdbCrb* mdb, FwCall* call) {
       return 0;
   }
 }
+
+uint32_t fwSpinLock(uint32_t kind, MdbCrb* mdb, FwCall* call) {
+  if (kind != MDB_VALIDATE) return fwServePlain(kind, mdb, call);
+  int rc = call->entry->scalar.getApi(0, call->object->attribute, &call->slot);
+  if (rc != 0 && call->entry->failure != FW_FAIL_IGNORE) return static_cast<uint32_t>(rc);
+  ulongSet(mdb, call->slot);
+  return 0;
+}

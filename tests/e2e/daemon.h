@@ -89,6 +89,22 @@ class TestDaemon {
   std::string runDir;
 };
 
+// Runs mdbctl against the daemon (in `cwd` if given): its output, standard
+// error included, and its exit status.
+inline std::string runMdbctl(const TestDaemon& d, const std::string& args, int* status = nullptr,
+                             const char* cwd = nullptr) {
+  std::string cmd = std::string(cwd != nullptr ? "cd '" + std::string(cwd) + "' && " : "") + "MDB_RUNDIR='" +
+                    d.runDir + "' " MDBCTL_PATH " " + args + " 2>&1";
+  FILE* p = popen(cmd.c_str(), "r");
+  std::string out;
+  char buf[4096];
+  size_t n;
+  while ((n = fread(buf, 1, sizeof buf, p)) > 0) out.append(buf, n);
+  int s = pclose(p);
+  if (status != nullptr) *status = WIFEXITED(s) ? WEXITSTATUS(s) : -1;
+  return out;
+}
+
 }  // namespace mdbtest
 
 #endif

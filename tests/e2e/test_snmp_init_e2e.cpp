@@ -8,19 +8,6 @@ using namespace mdbtest;
 
 namespace {
 
-std::string ctl(const TestDaemon& d, const std::string& args, int* status = nullptr, const char* cwd = nullptr) {
-  std::string cmd = std::string(cwd != nullptr ? "cd '" + std::string(cwd) + "' && " : "") + "MDB_RUNDIR='" +
-                    d.runDir + "' " MDBCTL_PATH " " + args + " 2>&1";
-  FILE* p = popen(cmd.c_str(), "r");
-  std::string out;
-  char buf[4096];
-  size_t n;
-  while ((n = fread(buf, 1, sizeof buf, p)) > 0) out.append(buf, n);
-  int s = pclose(p);
-  if (status != nullptr) *status = WIFEXITED(s) ? WEXITSTATUS(s) : -1;
-  return out;
-}
-
 size_t occurrences(const std::string& text, const std::string& what) {
   size_t n = 0;
   for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) n++;
@@ -39,7 +26,7 @@ TEST(SnmpInitE2e, SnmpInitShowsTheCountsAndTheWholeListUnderTheRewrittenEnterpri
   ASSERT_TRUE(d.start(MDB_DAEMON_PATH, {"-o", "mdb.system.enable=true", "-o", std::string("mdb.ramdir=") + ram, "-o",
                                         "snmp.enterpriseoid=12345"}));
   int status = -1;
-  std::string counts = ctl(d, "snmp-init", &status);
+  std::string counts = runMdbctl(d, "snmp-init", &status);
   EXPECT_EQ(0, status);
   std::smatch m;
   ASSERT_TRUE(std::regex_match(counts, m, std::regex("snmp-init: ok\n  visible objects  ([0-9]+)\n  hidden objects   0\n"
@@ -50,7 +37,7 @@ TEST(SnmpInitE2e, SnmpInitShowsTheCountsAndTheWholeListUnderTheRewrittenEnterpri
 
   // The list: every visible object of system, clock and mirror, and the 135 rows,
   // each under the enterprise number of the option; a second run adds nothing.
-  std::string json = ctl(d, "--json snmp-init", &status);
+  std::string json = runMdbctl(d, "--json snmp-init", &status);
   EXPECT_EQ(0, status);
   EXPECT_EQ(0u, json.find("{\"rc\":0,\"visible\":" + std::to_string(visible) +
                           ",\"hidden\":0,\"failed\":0,\"sysORRows\":135,\"objects\":[{\"name\":"))
@@ -62,12 +49,12 @@ TEST(SnmpInitE2e, SnmpInitShowsTheCountsAndTheWholeListUnderTheRewrittenEnterpri
   EXPECT_NE(std::string::npos, json.find(R"({"description":"LLDP-MIB","oid":"1.0.8802.1.1.2"})"));
   EXPECT_NE(std::string::npos, json.find(R"({"description":"RFC 1213-SYSTEM-MIB","oid":"1.3.6.1.2.1.1"})"));
   // The agent has an object under the OID that the descriptor query gives.
-  std::string info = ctl(d, "--json info mirror:mirrorGroupMirrorToPort");
+  std::string info = runMdbctl(d, "--json info mirror:mirrorGroupMirrorToPort");
   ASSERT_TRUE(std::regex_search(info, m, std::regex("\"oid\":\"([0-9.]+)\""))) << info;
   EXPECT_NE(std::string::npos, json.find("{\"name\":\"mirror:mirrorGroupMirrorToPort\",\"oid\":\"" + m[1].str() +
                                          "\",\"type\":\"OCTET_STRING\",\"access\":3,\"indexCountMax\":1}"))
       << m[1];
-  EXPECT_EQ(json, ctl(d, "--json snmp-init"));
+  EXPECT_EQ(json, runMdbctl(d, "--json snmp-init"));
 
   // The client library reads the same list in pages of any size.
   MdbClient* client = mdbClientOpen(d.socketPath(3).c_str());
@@ -87,14 +74,14 @@ TEST(SnmpInitE2e, SnmpInitShowsTheCountsAndTheWholeListUnderTheRewrittenEnterpri
 
   // The daemon writes the exports; a relative path is taken from mdbctl's directory.
   const std::string tree = std::string(ram) + "/tree.txt", all = std::string(ram) + "/all.txt";
-  EXPECT_EQ("export-tree: wrote " + tree + "\n", ctl(d, "export-tree tree.txt", &status, ram));
+  EXPECT_EQ("export-tree: wrote " + tree + "\n", runMdbctl(d, "export-tree tree.txt", &status, ram));
   EXPECT_EQ(0, status);
-  EXPECT_EQ("{\"rc\":0,\"file\":\"" + all + "\"}\n", ctl(d, "--json show-all " + all, &status));
+  EXPECT_EQ("{\"rc\":0,\"file\":\"" + all + "\"}\n", runMdbctl(d, "--json show-all " + all, &status));
   EXPECT_EQ(0, status);
   struct stat st;
   EXPECT_TRUE(stat(tree.c_str(), &st) == 0 && st.st_size > 0);
   EXPECT_TRUE(stat(all.c_str(), &st) == 0 && st.st_size > 0);
-  ctl(d, "show-all", &status);
+  runMdbctl(d, "show-all", &status);
   EXPECT_EQ(2, status);
   d.stop();
   int ignored = system((std::string("rm -rf ") + ram).c_str());

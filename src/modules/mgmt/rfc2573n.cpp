@@ -12,13 +12,6 @@ namespace {
 
 #define NOTIFY_ROOT 1, 3, 6, 1, 6, 3, 13, 1
 
-// A walk step from an index of `limit` sub-ids or more finds nothing; any
-// shorter one continues by the Any-index rule of `walk`.
-template <const FwEntry& walk, uint32_t limit>
-uint32_t nextBelow(const FwEntry*, MdbCrb* mdb) {
-  return mdb->indexSubIdCount < limit ? fwNextIndex(&walk, mdb) : static_cast<uint32_t>(-1);
-}
-
 constexpr FwEntry kNotifyWalk =
     fwTable("snmpNotify", {NOTIFY_ROOT, 1, 1}, FW_TABLE_OPS(snmpNotify))
         .key(sizeof(SnmpNotifyKey))
@@ -26,7 +19,7 @@ constexpr FwEntry kNotifyWalk =
         .indexCounts(1, 32)
         .anyIndex()
         .fail(FW_FAIL_GENERIC_ALL);
-constexpr FwEntry kNotifyEntry = kNotifyWalk.nextBy(nextBelow<kNotifyWalk, 129>);
+constexpr FwEntry kNotifyEntry = kNotifyWalk.nextBy(fwNextBelow<kNotifyWalk, 129>);
 
 // Keyed by the name of a target's parameters.
 constexpr FwEntry kProfileWalk =
@@ -37,7 +30,7 @@ constexpr FwEntry kProfileWalk =
         .indexCounts(1, 32)
         .anyIndex()
         .fail(FW_FAIL_GENERIC_ALL);
-constexpr FwEntry kProfileEntry = kProfileWalk.nextBy(nextBelow<kProfileWalk, 129>);
+constexpr FwEntry kProfileEntry = kProfileWalk.nextBy(fwNextBelow<kProfileWalk, 129>);
 
 // The profile's name, then the subtree with its length sub-id, both ways.
 constexpr FwEntry kFilterWalk =
@@ -50,7 +43,7 @@ constexpr FwEntry kFilterWalk =
         .indexCounts(2, 96)
         .anyIndex()
         .fail(FW_FAIL_GENERIC_ALL);
-constexpr FwEntry kFilterEntry = kFilterWalk.nextBy(nextBelow<kFilterWalk, 129>);
+constexpr FwEntry kFilterEntry = kFilterWalk.nextBy(fwNextBelow<kFilterWalk, 129>);
 
 constexpr FwObject kObjects[] = {
     // snmpNotifyEntry. The name is the index and has no branch of its own.

@@ -14,13 +14,6 @@ namespace {
 
 constexpr int32_t kIntMax = 2147483647;
 
-// A walk step from an index of `limit` sub-ids or more finds nothing; any
-// shorter one continues by the Any-index rule of `walk`.
-template <const FwEntry& walk, uint32_t limit>
-uint32_t nextBelow(const FwEntry*, MdbCrb* mdb) {
-  return mdb->indexSubIdCount < limit ? fwNextIndex(&walk, mdb) : static_cast<uint32_t>(-1);
-}
-
 // A transport address is an IPv4 address with its port (6 bytes) or an IPv6
 // address with its port (18 bytes).
 uint32_t transportAddress(uint32_t kind, MdbCrb* mdb, FwCall* call) {
@@ -43,7 +36,7 @@ constexpr FwEntry kAddrWalk =
         .indexCounts(1, 128)
         .anyIndex()
         .fail(FW_FAIL_GENERIC_ALL);
-constexpr FwEntry kAddrEntry = kAddrWalk.nextBy(nextBelow<kAddrWalk, 129>);
+constexpr FwEntry kAddrEntry = kAddrWalk.nextBy(fwNextBelow<kAddrWalk, 129>);
 
 constexpr FwEntry kParamsWalk =
     fwTable("snmpTargetParams", {TARGET_ROOT, 3, 1}, FW_TABLE_OPS(snmpTargetParams))
@@ -53,7 +46,7 @@ constexpr FwEntry kParamsWalk =
         .indexCounts(1, 128)
         .anyIndex()
         .fail(FW_FAIL_GENERIC_ALL);
-constexpr FwEntry kParamsEntry = kParamsWalk.nextBy(nextBelow<kParamsWalk, 129>);
+constexpr FwEntry kParamsEntry = kParamsWalk.nextBy(fwNextBelow<kParamsWalk, 129>);
 
 constexpr FwObject kObjects[] = {
     fwObject(&kScalars, 0, 1, "rfc2573t:snmpTargetSpinLock").integer().catalogued(0, kIntMax).attr(11),

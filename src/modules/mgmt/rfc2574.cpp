@@ -13,24 +13,6 @@ namespace {
 
 constexpr int32_t kIntMax = 2147483647;
 
-// A walk step from an index of `limit` sub-ids or more finds nothing; any
-// shorter one continues by the Any-index rule of `walk`.
-template <const FwEntry& walk, uint32_t limit>
-uint32_t nextBelow(const FwEntry*, MdbCrb* mdb) {
-  return mdb->indexSubIdCount < limit ? fwNextIndex(&walk, mdb) : static_cast<uint32_t>(-1);
-}
-
-// usmUserSpinLock: at Validate the lock's current value replaces the one in
-// the request and no mark is set; a write hands the request's value to the
-// service, which decides what it does to the lock.
-uint32_t spinLock(uint32_t kind, MdbCrb* mdb, FwCall* call) {
-  if (kind != MDB_VALIDATE) return fwServePlain(kind, mdb, call);
-  int rc = call->entry->scalar.getApi(0, call->object->attribute, &call->slot);
-  if (rc != 0 && call->entry->failure != FW_FAIL_IGNORE) return static_cast<uint32_t>(rc);
-  ulongSet(mdb, call->slot);
-  return 0;
-}
-
 // usmUserSecurityName is the user name of the index, no service asked.
 uint32_t securityNameFromKey(uint32_t kind, MdbCrb* mdb, FwCall* call) {
   if (kind != MDB_GET && kind != MDB_GET_NEXT) return fwServePlain(kind, mdb, call);
@@ -54,7 +36,7 @@ constexpr FwEntry kUserWalk =
         .indexCounts(2, 64)
         .anyIndex()
         .buffer(256);
-constexpr FwEntry kUserEntry = kUserWalk.nextBy(nextBelow<kUserWalk, 67>);
+constexpr FwEntry kUserEntry = kUserWalk.nextBy(fwNextBelow<kUserWalk, 67>);
 
 constexpr FwObject kObjects[] = {
     // usmStats
@@ -64,7 +46,7 @@ constexpr FwObject kObjects[] = {
     fwObject(&kStats, 3, 4, "rfc2574:usmStatsUnknownEngineIDs").counter().ro().attr(89),
     fwObject(&kStats, 4, 5, "rfc2574:usmStatsWrongDigests").counter().ro().attr(90),
     fwObject(&kStats, 5, 6, "rfc2574:usmStatsDecryptionErrors").counter().ro().attr(91),
-    fwObject(&kUser, 6, 1, "rfc2574:usmUserSpinLock").integer().catalogued(0, kIntMax).attr(12).hook(spinLock),
+    fwObject(&kUser, 6, 1, "rfc2574:usmUserSpinLock").integer().catalogued(0, kIntMax).attr(12).hook(fwSpinLock),
 
     // usmUserEntry. The two index columns have no branch of their own. The
     // key columns pass the client's bytes to the service as they are.

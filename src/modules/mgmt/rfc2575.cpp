@@ -16,24 +16,6 @@ namespace {
 
 constexpr int32_t kIntMax = 2147483647;
 
-// A walk step from an index of `limit` sub-ids or more finds nothing; any
-// shorter one continues by the Any-index rule of `walk`.
-template <const FwEntry& walk, uint32_t limit>
-uint32_t nextBelow(const FwEntry*, MdbCrb* mdb) {
-  return mdb->indexSubIdCount < limit ? fwNextIndex(&walk, mdb) : static_cast<uint32_t>(-1);
-}
-
-// vacmViewSpinLock: at Validate the lock's current value replaces the one in
-// the request and no mark is set; a write hands the request's value to the
-// service, which decides what it does to the lock.
-uint32_t spinLock(uint32_t kind, MdbCrb* mdb, FwCall* call) {
-  if (kind != MDB_VALIDATE) return fwServePlain(kind, mdb, call);
-  int rc = call->entry->scalar.getApi(0, call->object->attribute, &call->slot);
-  if (rc != 0 && call->entry->failure != FW_FAIL_IGNORE) return static_cast<uint32_t>(rc);
-  ulongSet(mdb, call->slot);
-  return 0;
-}
-
 // Names of at most 31 characters reach a row by Get: the entry counts 32 sub-ids.
 constexpr FwEntry kContextWalk =
     fwTable("snmpVacmContext", {VACM_ROOT, 1, 1}, FW_TABLE_OPS(snmpVacmContext))
@@ -43,7 +25,7 @@ constexpr FwEntry kContextWalk =
         .indexCounts(1, 32)
         .anyIndex()
         .fail(FW_FAIL_GENERIC_ALL);
-constexpr FwEntry kContextEntry = kContextWalk.nextBy(nextBelow<kContextWalk, 33>);
+constexpr FwEntry kContextEntry = kContextWalk.nextBy(fwNextBelow<kContextWalk, 33>);
 
 constexpr FwEntry kSecGroupWalk =
     fwTable("snmpVacmSecGroup", {VACM_ROOT, 2, 1}, FW_TABLE_OPS(snmpVacmSecGroup))
@@ -53,7 +35,7 @@ constexpr FwEntry kSecGroupWalk =
                            offsetof(SnmpVacmSecGroupKey, securityNameLen)))
         .anyIndex()
         .fail(FW_FAIL_GENERIC_ALL);
-constexpr FwEntry kSecGroupEntry = kSecGroupWalk.nextBy(nextBelow<kSecGroupWalk, 35>);
+constexpr FwEntry kSecGroupEntry = kSecGroupWalk.nextBy(fwNextBelow<kSecGroupWalk, 35>);
 
 // The group's name (a column of the security-to-group table), the context
 // prefix, the security model and level; the entry counts 72 sub-ids.
@@ -69,7 +51,7 @@ constexpr FwEntry kAccessWalk =
         .indexCounts(4, 72)
         .anyIndex()
         .fail(FW_FAIL_GENERIC_ALL);
-constexpr FwEntry kAccessEntry = kAccessWalk.nextBy(nextBelow<kAccessWalk, 65>);
+constexpr FwEntry kAccessEntry = kAccessWalk.nextBy(fwNextBelow<kAccessWalk, 65>);
 
 constexpr FwEntry kViews = fwScalars("snmp", {VACM_ROOT, 5}, FW_SCALAR_OPS(snmp));
 
@@ -108,7 +90,7 @@ constexpr FwObject kObjects[] = {
     fwObject(&kAccessEntry, 14, 9, "rfc2575:vacmAccessStatus").rowStatus().rc().catalogued(1, 6).attr(9),
 
     // vacmMIBViews
-    fwObject(&kViews, 15, 1, "rfc2575:vacmViewSpinLock").integer().catalogued(0, kIntMax).attr(10).hook(spinLock),
+    fwObject(&kViews, 15, 1, "rfc2575:vacmViewSpinLock").integer().catalogued(0, kIntMax).attr(10).hook(fwSpinLock),
     fwObject(&kViewEntry, 16, 1, "rfc2575:vacmViewTreeFamilyViewName").octets(32).access_(MDB_ACCESS_RO_INDEX).withBits(MDB_ATTR_INDEX),
     fwObject(&kViewEntry, 17, 2, "rfc2575:vacmViewTreeFamilySubtree").oid(64).access_(MDB_ACCESS_RO_INDEX).withBits(MDB_ATTR_INDEX),
     fwObject(&kViewEntry, 18, 3, "rfc2575:vacmViewTreeFamilyMask").octets(255).rc().attr(0).maxLength(16),

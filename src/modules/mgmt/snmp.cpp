@@ -23,13 +23,6 @@ constexpr int32_t kIntMax = 2147483647;
 
 inline bool isRead(uint32_t kind) { return kind == MDB_GET || kind == MDB_GET_NEXT; }
 
-// A walk step from an index of `limit` sub-ids or more finds nothing; any
-// shorter one continues by the Any-index rule of `walk`.
-template <const FwEntry& walk, uint32_t limit>
-uint32_t nextBelow(const FwEntry*, MdbCrb* mdb) {
-  return mdb->indexSubIdCount < limit ? fwNextIndex(&walk, mdb) : static_cast<uint32_t>(-1);
-}
-
 // ---------------------------------------------------------------- scalars
 
 // snmpdProcessStatus: the agent runs. A write passes its check and is then
@@ -155,7 +148,7 @@ constexpr FwEntry kParamsWalk =
                            offsetof(SnmpTargetParamsKey, nameLen)))
         .indexCounts(1, 128)
         .anyIndex();
-constexpr FwEntry kParamsEntry = kParamsWalk.nextBy(nextBelow<kParamsWalk, 129>);
+constexpr FwEntry kParamsEntry = kParamsWalk.nextBy(fwNextBelow<kParamsWalk, 129>);
 
 constexpr FwEntry kAccessWalk =
     fwTable("snmpVacmAccess", {SNMP_ROOT, 5, 1}, FW_TABLE_OPS(snmpVacmAccess))
@@ -167,7 +160,7 @@ constexpr FwEntry kAccessWalk =
         .index(fwIdxInt("snmp:snmpVacmAccessSecurityModel", offsetof(SnmpVacmAccessKey, securityModel)))
         .index(fwIdxInt("snmp:snmpVacmAccessSecurityLevel", offsetof(SnmpVacmAccessKey, securityLevel)))
         .anyIndex();
-constexpr FwEntry kAccessEntry = kAccessWalk.nextBy(nextBelow<kAccessWalk, 65>);
+constexpr FwEntry kAccessEntry = kAccessWalk.nextBy(fwNextBelow<kAccessWalk, 65>);
 
 constexpr FwEntry kSecGroupWalk =
     fwTable("snmpVacmSecGroup", {SNMP_ROOT, 6, 1}, FW_TABLE_OPS(snmpVacmSecGroup))
@@ -176,7 +169,7 @@ constexpr FwEntry kSecGroupWalk =
         .index(fwIdxString("snmp:snmpVacmSecurityName", 32, offsetof(SnmpVacmSecGroupKey, securityName),
                            offsetof(SnmpVacmSecGroupKey, securityNameLen)))
         .anyIndex();
-constexpr FwEntry kSecGroupEntry = kSecGroupWalk.nextBy(nextBelow<kSecGroupWalk, 35>);
+constexpr FwEntry kSecGroupEntry = kSecGroupWalk.nextBy(fwNextBelow<kSecGroupWalk, 35>);
 
 constexpr FwEntry kViewEntry =
     fwTable("snmpVacmView", {SNMP_ROOT, 7, 1}, FW_TABLE_OPS(snmpVacmView))
