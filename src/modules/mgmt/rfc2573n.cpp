@@ -12,29 +12,33 @@ namespace {
 
 #define NOTIFY_ROOT 1, 3, 6, 1, 6, 3, 13, 1
 
-constexpr FwEntry kNotifyWalk =
-    fwTable("snmpNotify", {NOTIFY_ROOT, 1, 1}, FW_TABLE_OPS(snmpNotify))
+constexpr FwEntry notifyWalk() {
+  return fwTable("snmpNotify", {NOTIFY_ROOT, 1, 1}, FW_TABLE_OPS(snmpNotify))
         .key(sizeof(SnmpNotifyKey))
         .index(fwIdxString("rfc2573n:snmpNotifyName", 32, offsetof(SnmpNotifyKey, name), offsetof(SnmpNotifyKey, nameLen)))
         .indexCounts(1, 32)
         .anyIndex()
         .fail(FW_FAIL_GENERIC_ALL);
-constexpr FwEntry kNotifyEntry = kNotifyWalk.nextBy(fwNextBelow<kNotifyWalk, 129>);
+}
+constexpr FwEntry kNotifyWalk = notifyWalk();
+constexpr FwEntry kNotifyEntry = notifyWalk().nextBy(fwNextBelow<kNotifyWalk, 129>);
 
 // Keyed by the name of a target's parameters.
-constexpr FwEntry kProfileWalk =
-    fwTable("snmpNotifyProfile", {NOTIFY_ROOT, 2, 1}, FW_TABLE_OPS(snmpNotifyProfile))
+constexpr FwEntry profileWalk() {
+  return fwTable("snmpNotifyProfile", {NOTIFY_ROOT, 2, 1}, FW_TABLE_OPS(snmpNotifyProfile))
         .key(sizeof(SnmpNotifyProfileKey))
         .index(fwIdxString("rfc2573t:snmpTargetParamsName", 32, offsetof(SnmpNotifyProfileKey, name),
                            offsetof(SnmpNotifyProfileKey, nameLen)))
         .indexCounts(1, 32)
         .anyIndex()
         .fail(FW_FAIL_GENERIC_ALL);
-constexpr FwEntry kProfileEntry = kProfileWalk.nextBy(fwNextBelow<kProfileWalk, 129>);
+}
+constexpr FwEntry kProfileWalk = profileWalk();
+constexpr FwEntry kProfileEntry = profileWalk().nextBy(fwNextBelow<kProfileWalk, 129>);
 
 // The profile's name, then the subtree with its length sub-id, both ways.
-constexpr FwEntry kFilterWalk =
-    fwTable("snmpNotifyFilter", {NOTIFY_ROOT, 3, 1}, FW_TABLE_OPS(snmpNotifyFilter))
+constexpr FwEntry filterWalk() {
+  return fwTable("snmpNotifyFilter", {NOTIFY_ROOT, 3, 1}, FW_TABLE_OPS(snmpNotifyFilter))
         .key(sizeof(SnmpNotifyFilterKey))
         .index(fwIdxString("rfc2573n:snmpNotifyFilterProfileName", 32, offsetof(SnmpNotifyFilterKey, profileName),
                            offsetof(SnmpNotifyFilterKey, profileNameLen)))
@@ -43,7 +47,9 @@ constexpr FwEntry kFilterWalk =
         .indexCounts(2, 96)
         .anyIndex()
         .fail(FW_FAIL_GENERIC_ALL);
-constexpr FwEntry kFilterEntry = kFilterWalk.nextBy(fwNextBelow<kFilterWalk, 129>);
+}
+constexpr FwEntry kFilterWalk = filterWalk();
+constexpr FwEntry kFilterEntry = filterWalk().nextBy(fwNextBelow<kFilterWalk, 129>);
 
 constexpr FwObject kObjects[] = {
     // snmpNotifyEntry. The name is the index and has no branch of its own.

@@ -28,25 +28,29 @@ uint32_t transportAddress(uint32_t kind, MdbCrb* mdb, FwCall* call) {
 constexpr FwEntry kScalars = fwScalars("snmp", {TARGET_ROOT}, FW_SCALAR_OPS(snmp)).fail(FW_FAIL_IGNORE);
 
 // Names of at most 115 characters; the entry counts 128 sub-ids.
-constexpr FwEntry kAddrWalk =
-    fwTable("snmpTargetAddr", {TARGET_ROOT, 2, 1}, FW_TABLE_OPS(snmpTargetAddr))
+constexpr FwEntry addrWalk() {
+  return fwTable("snmpTargetAddr", {TARGET_ROOT, 2, 1}, FW_TABLE_OPS(snmpTargetAddr))
         .key(sizeof(SnmpTargetAddrKey))
         .index(fwIdxString("rfc2573t:snmpTargetAddrName", SNMP_TARGET_NAME_MAX, offsetof(SnmpTargetAddrKey, name),
                            offsetof(SnmpTargetAddrKey, nameLen)))
         .indexCounts(1, 128)
         .anyIndex()
         .fail(FW_FAIL_GENERIC_ALL);
-constexpr FwEntry kAddrEntry = kAddrWalk.nextBy(fwNextBelow<kAddrWalk, 129>);
+}
+constexpr FwEntry kAddrWalk = addrWalk();
+constexpr FwEntry kAddrEntry = addrWalk().nextBy(fwNextBelow<kAddrWalk, 129>);
 
-constexpr FwEntry kParamsWalk =
-    fwTable("snmpTargetParams", {TARGET_ROOT, 3, 1}, FW_TABLE_OPS(snmpTargetParams))
+constexpr FwEntry paramsWalk() {
+  return fwTable("snmpTargetParams", {TARGET_ROOT, 3, 1}, FW_TABLE_OPS(snmpTargetParams))
         .key(sizeof(SnmpTargetParamsKey))
         .index(fwIdxString("rfc2573t:snmpTargetParamsName", SNMP_TARGET_NAME_MAX,
                            offsetof(SnmpTargetParamsKey, name), offsetof(SnmpTargetParamsKey, nameLen)))
         .indexCounts(1, 128)
         .anyIndex()
         .fail(FW_FAIL_GENERIC_ALL);
-constexpr FwEntry kParamsEntry = kParamsWalk.nextBy(fwNextBelow<kParamsWalk, 129>);
+}
+constexpr FwEntry kParamsWalk = paramsWalk();
+constexpr FwEntry kParamsEntry = paramsWalk().nextBy(fwNextBelow<kParamsWalk, 129>);
 
 constexpr FwObject kObjects[] = {
     fwObject(&kScalars, 0, 1, "rfc2573t:snmpTargetSpinLock").integer().catalogued(0, kIntMax).attr(11),

@@ -26,8 +26,8 @@ constexpr FwEntry kStats = fwScalars("snmp", {USM_ROOT, 1}, FW_SCALAR_OPS(snmp))
 constexpr FwEntry kUser = fwScalars("snmp", {USM_ROOT, 2}, FW_SCALAR_OPS(snmp)).fail(FW_FAIL_IGNORE);
 
 // The engine id and the user name; the entry counts 64 sub-ids.
-constexpr FwEntry kUserWalk =
-    fwTable("snmpUser", {USM_ROOT, 2, 2, 1}, FW_TABLE_OPS(snmpUser))
+constexpr FwEntry userWalk() {
+  return fwTable("snmpUser", {USM_ROOT, 2, 2, 1}, FW_TABLE_OPS(snmpUser))
         .key(sizeof(SnmpUserKey))
         .index(fwIdxString("rfc2574:usmUserEngineID", 64, offsetof(SnmpUserKey, engineId),
                            offsetof(SnmpUserKey, engineIdLen)))
@@ -36,7 +36,9 @@ constexpr FwEntry kUserWalk =
         .indexCounts(2, 64)
         .anyIndex()
         .buffer(256);
-constexpr FwEntry kUserEntry = kUserWalk.nextBy(fwNextBelow<kUserWalk, 67>);
+}
+constexpr FwEntry kUserWalk = userWalk();
+constexpr FwEntry kUserEntry = userWalk().nextBy(fwNextBelow<kUserWalk, 67>);
 
 constexpr FwObject kObjects[] = {
     // usmStats

@@ -17,30 +17,34 @@ namespace {
 constexpr int32_t kIntMax = 2147483647;
 
 // Names of at most 31 characters reach a row by Get: the entry counts 32 sub-ids.
-constexpr FwEntry kContextWalk =
-    fwTable("snmpVacmContext", {VACM_ROOT, 1, 1}, FW_TABLE_OPS(snmpVacmContext))
+constexpr FwEntry contextWalk() {
+  return fwTable("snmpVacmContext", {VACM_ROOT, 1, 1}, FW_TABLE_OPS(snmpVacmContext))
         .key(sizeof(SnmpVacmContextKey))
         .index(fwIdxString("rfc2575:vacmContextName", 32, offsetof(SnmpVacmContextKey, name),
                            offsetof(SnmpVacmContextKey, nameLen)))
         .indexCounts(1, 32)
         .anyIndex()
         .fail(FW_FAIL_GENERIC_ALL);
-constexpr FwEntry kContextEntry = kContextWalk.nextBy(fwNextBelow<kContextWalk, 33>);
+}
+constexpr FwEntry kContextWalk = contextWalk();
+constexpr FwEntry kContextEntry = contextWalk().nextBy(fwNextBelow<kContextWalk, 33>);
 
-constexpr FwEntry kSecGroupWalk =
-    fwTable("snmpVacmSecGroup", {VACM_ROOT, 2, 1}, FW_TABLE_OPS(snmpVacmSecGroup))
+constexpr FwEntry secGroupWalk() {
+  return fwTable("snmpVacmSecGroup", {VACM_ROOT, 2, 1}, FW_TABLE_OPS(snmpVacmSecGroup))
         .key(sizeof(SnmpVacmSecGroupKey))
         .index(fwIdxInt("rfc2575:vacmSecurityModel", offsetof(SnmpVacmSecGroupKey, securityModel)))
         .index(fwIdxString("rfc2575:vacmSecurityName", 32, offsetof(SnmpVacmSecGroupKey, securityName),
                            offsetof(SnmpVacmSecGroupKey, securityNameLen)))
         .anyIndex()
         .fail(FW_FAIL_GENERIC_ALL);
-constexpr FwEntry kSecGroupEntry = kSecGroupWalk.nextBy(fwNextBelow<kSecGroupWalk, 35>);
+}
+constexpr FwEntry kSecGroupWalk = secGroupWalk();
+constexpr FwEntry kSecGroupEntry = secGroupWalk().nextBy(fwNextBelow<kSecGroupWalk, 35>);
 
 // The group's name (a column of the security-to-group table), the context
 // prefix, the security model and level; the entry counts 72 sub-ids.
-constexpr FwEntry kAccessWalk =
-    fwTable("snmpVacmAccess", {VACM_ROOT, 4, 1}, FW_TABLE_OPS(snmpVacmAccess))
+constexpr FwEntry accessWalk() {
+  return fwTable("snmpVacmAccess", {VACM_ROOT, 4, 1}, FW_TABLE_OPS(snmpVacmAccess))
         .key(sizeof(SnmpVacmAccessKey))
         .index(fwIdxString("rfc2575:vacmGroupName", 32, offsetof(SnmpVacmAccessKey, groupName),
                            offsetof(SnmpVacmAccessKey, groupNameLen)))
@@ -51,7 +55,9 @@ constexpr FwEntry kAccessWalk =
         .indexCounts(4, 72)
         .anyIndex()
         .fail(FW_FAIL_GENERIC_ALL);
-constexpr FwEntry kAccessEntry = kAccessWalk.nextBy(fwNextBelow<kAccessWalk, 65>);
+}
+constexpr FwEntry kAccessWalk = accessWalk();
+constexpr FwEntry kAccessEntry = accessWalk().nextBy(fwNextBelow<kAccessWalk, 65>);
 
 constexpr FwEntry kViews = fwScalars("snmp", {VACM_ROOT, 5}, FW_SCALAR_OPS(snmp));
 

@@ -141,17 +141,19 @@ constexpr FwEntry kAddrEntry =
         .indexCounts(1, 128)
         .anyIndex();
 
-constexpr FwEntry kParamsWalk =
-    fwTable("snmpTargetParams", {SNMP_ROOT, 4, 1}, FW_TABLE_OPS(snmpTargetParams))
+constexpr FwEntry paramsWalk() {
+  return fwTable("snmpTargetParams", {SNMP_ROOT, 4, 1}, FW_TABLE_OPS(snmpTargetParams))
         .key(sizeof(SnmpTargetParamsKey))
         .index(fwIdxString("snmp:snmpTargetParamsName", SNMP_TARGET_NAME_MAX, offsetof(SnmpTargetParamsKey, name),
                            offsetof(SnmpTargetParamsKey, nameLen)))
         .indexCounts(1, 128)
         .anyIndex();
-constexpr FwEntry kParamsEntry = kParamsWalk.nextBy(fwNextBelow<kParamsWalk, 129>);
+}
+constexpr FwEntry kParamsWalk = paramsWalk();
+constexpr FwEntry kParamsEntry = paramsWalk().nextBy(fwNextBelow<kParamsWalk, 129>);
 
-constexpr FwEntry kAccessWalk =
-    fwTable("snmpVacmAccess", {SNMP_ROOT, 5, 1}, FW_TABLE_OPS(snmpVacmAccess))
+constexpr FwEntry accessWalk() {
+  return fwTable("snmpVacmAccess", {SNMP_ROOT, 5, 1}, FW_TABLE_OPS(snmpVacmAccess))
         .key(sizeof(SnmpVacmAccessKey))
         .index(fwIdxString("snmp:snmpVacmGroupName", 32, offsetof(SnmpVacmAccessKey, groupName),
                            offsetof(SnmpVacmAccessKey, groupNameLen)))
@@ -160,16 +162,20 @@ constexpr FwEntry kAccessWalk =
         .index(fwIdxInt("snmp:snmpVacmAccessSecurityModel", offsetof(SnmpVacmAccessKey, securityModel)))
         .index(fwIdxInt("snmp:snmpVacmAccessSecurityLevel", offsetof(SnmpVacmAccessKey, securityLevel)))
         .anyIndex();
-constexpr FwEntry kAccessEntry = kAccessWalk.nextBy(fwNextBelow<kAccessWalk, 65>);
+}
+constexpr FwEntry kAccessWalk = accessWalk();
+constexpr FwEntry kAccessEntry = accessWalk().nextBy(fwNextBelow<kAccessWalk, 65>);
 
-constexpr FwEntry kSecGroupWalk =
-    fwTable("snmpVacmSecGroup", {SNMP_ROOT, 6, 1}, FW_TABLE_OPS(snmpVacmSecGroup))
+constexpr FwEntry secGroupWalk() {
+  return fwTable("snmpVacmSecGroup", {SNMP_ROOT, 6, 1}, FW_TABLE_OPS(snmpVacmSecGroup))
         .key(sizeof(SnmpVacmSecGroupKey))
         .index(fwIdxInt("snmp:snmpVacmSecurityModel", offsetof(SnmpVacmSecGroupKey, securityModel)))
         .index(fwIdxString("snmp:snmpVacmSecurityName", 32, offsetof(SnmpVacmSecGroupKey, securityName),
                            offsetof(SnmpVacmSecGroupKey, securityNameLen)))
         .anyIndex();
-constexpr FwEntry kSecGroupEntry = kSecGroupWalk.nextBy(fwNextBelow<kSecGroupWalk, 35>);
+}
+constexpr FwEntry kSecGroupWalk = secGroupWalk();
+constexpr FwEntry kSecGroupEntry = secGroupWalk().nextBy(fwNextBelow<kSecGroupWalk, 35>);
 
 constexpr FwEntry kViewEntry =
     fwTable("snmpVacmView", {SNMP_ROOT, 7, 1}, FW_TABLE_OPS(snmpVacmView))
