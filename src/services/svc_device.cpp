@@ -4,6 +4,7 @@
 #include "services/svc_snmp.h"
 #include "platform/sil.h"
 
+#include <dirent.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -151,10 +152,24 @@ void svcDefaultDevice(void) {
   putRowText(port, 1, 3, "\x00\x00", 2);
 }
 
+// A save cut short by the end of the process leaves its temporary file
+// ("<file>.tmp.<pid>.<n>") beside the start file: remove those at start.
+static void removeStaleSaves(const char* startPath) {
+  std::string dir(startPath, strrchr(startPath, '/') - startPath);
+  DIR* d = opendir(dir.empty() ? "/" : dir.c_str());
+  if (d == nullptr) return;
+  while (dirent* e = readdir(d)) {
+    if (strstr(e->d_name, ".cfg.tmp.") != nullptr) unlink((dir + "/" + e->d_name).c_str());
+  }
+  closedir(d);
+}
+
 int svcStart(void) {
   svcDefaultDevice();
   char path[512];
-  if (svcRamPath("/ram/start.cfg", path, sizeof path) != 0 || access(path, F_OK) != 0) return 0;
+  if (svcRamPath("/ram/start.cfg", path, sizeof path) != 0) return 0;
+  removeStaleSaves(path);
+  if (access(path, F_OK) != 0) return 0;
   if (svcStoreLoad(path) != 0) {
     fprintf(stderr, "mdb: the start file %s cannot be loaded; the default device stays\n", path);
     return -1;
