@@ -60,9 +60,9 @@ const MdbInitStep gMdbInitSequence[] = {
   // 24
     {MDB_GATE_OPEN, 0, {"devm.memory.enable"}, {{"memoryMibInit", "memory", 239, nullptr}}},
   // 25
-    {MDB_GATE_ALWAYS, 0, {}, {{"ifMibInit", "if", 0, nullptr}, {"methIfMibInit", "methif", 238, nullptr}}},
+    {MDB_GATE_ALWAYS, 0, {}, {{"ifMibInit", "if", 0, ifMibInit}, {"methIfMibInit", "methif", 238, nullptr}}},
   // 26
-    {MDB_GATE_OPEN, 0, {"tgpif.ethif.enable"}, {{"ethIfMibInit", "ethif", 238, nullptr}}},
+    {MDB_GATE_OPEN, 0, {"tgpif.ethif.enable"}, {{"ethIfMibInit", "ethif", 238, ethIfMibInit}}},
   // 27
     {MDB_GATE_OPEN, 0, {"tgpif.ethaggif.enable"}, {{"ethaggIfMibInit", "ethaggif", 169, nullptr}}},
   // 28

@@ -111,7 +111,8 @@ TEST_F(Gate, TheBuiltModulesAndTheDebugLines) {
   mdbInitSequenceRun(gMdbInitSequence, gMdbInitSequenceLength, mdbInitCallDefault);
   EXPECT_EQ(0, mdbModuleSearch("clock"));
   EXPECT_EQ(0, mdbModuleSearch("mirror"));
-  EXPECT_EQ(8u + 46u + 218u, mdbObjectCount());  // clock, mirror and the nine SNMP modules
+  // clock, mirror, the nine SNMP modules, if and ethif
+  EXPECT_EQ(8u + 46u + 218u + 39u + 150u, mdbObjectCount());
   MdbModuleDesc module{};
   ASSERT_EQ(0, mdbModuleGet("mirror", &module));
   EXPECT_EQ(164u, module.registrationId);
@@ -127,7 +128,7 @@ TEST_F(Gate, TheBuiltModulesAndTheDebugLines) {
   gMdbInfo.debugMask = 0;
   loggingOpen(nullptr);
   EXPECT_EQ(-1, mdbModuleSearch("clock"));
-  EXPECT_EQ(46u + 218u, mdbObjectCount());
+  EXPECT_EQ(46u + 218u + 39u + 150u, mdbObjectCount());
   std::ifstream in(path);
   std::string all((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
   EXPECT_NE(std::string::npos, all.find("MDB init mirrorMibInit MIB"));

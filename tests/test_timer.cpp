@@ -92,6 +92,11 @@ class ChangeEvent : public ::testing::Test {
     silClockSet(testClock);
     gNowMs = 100000;
     mdbTimerInit();
+    // Timers that earlier tests of this process started (their logged writes)
+    // must not fire here.
+    mdbTimerLock();
+    silTimerListInit(&gMdbTimer.list);
+    mdbTimerUnlock();
   }
   void TearDown() override {
     silClockSet(nullptr);

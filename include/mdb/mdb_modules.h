@@ -14,5 +14,16 @@ int rfc2574MibInit(void);
 int snmpMibInit(void);
 int snmpTimerTrapMibInit(void);
 int rfc2575MibInit(void);
+int ifMibInit(void);
+int methIfMibInit(void);
+int ethIfMibInit(void);
+int ethaggIfMibInit(void);
+int ethsubifMibInit(void);
+int ethSubifStatisticMibInit(void);
+int ethaggsubifMibInit(void);
+int ethaggSubifStatisticMibInit(void);
+int rfc1213MibInit(void);
+int rfc2233MibInit(void);
+int etherlikeMibinit(void);
 
 #endif

@@ -1,6 +1,7 @@
 // The default device of the substitute services and the start file.
 #include "services/svc_device.h"
 #include "services/svc_binding.h"
+#include "services/svc_if.h"
 #include "services/svc_snmp.h"
 #include "platform/sil.h"
 
@@ -103,6 +104,7 @@ int svcRamPath(const char* path, char* out, size_t capacity) {
 
 void svcDefaultDevice(void) {
   svcSnmpDefaults();  // first: it declares sysName's attribute of the cli service
+  svcIfDefaults();
   // system: the command line's settings.
   SvcServiceId cli = svcServiceOf("cli", false);
   svcProvide(cli, 15, SVC_FORM_OCTET, nullptr, configWrite);
