@@ -299,6 +299,7 @@ int startup(int argc, char** argv) {
 
 int main(int argc, char** argv) {
   Options o;
+  bool walk = false;
   for (int i = 1; i < argc; i++) {
     std::string a = argv[i];
     auto need = [&]() -> const char* {
@@ -317,7 +318,7 @@ int main(int argc, char** argv) {
       o.modules.clear();
       std::stringstream list(need());
       for (std::string m; std::getline(list, m, ',');) o.modules.push_back(m);
-    } else if (a == "--walk-compare") return walkCompare(o);
+    } else if (a == "--walk-compare") walk = true;
     else if (a == "--startup") return startup(argc - i - 1, argv + i + 1);
     else {
       fprintf(stderr, "usage: mdbbench [--threads N] [--seconds S|--count C] [--mode get|walk|set|mix] "
@@ -325,6 +326,7 @@ int main(int argc, char** argv) {
       return 2;
     }
   }
+  if (walk) return walkCompare(o);
   if (o.mode != "get" && o.mode != "walk" && o.mode != "set" && o.mode != "mix") {
     fprintf(stderr, "mdbbench: mode is get, walk, set or mix\n");
     return 2;
