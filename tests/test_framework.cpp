@@ -4,30 +4,13 @@
 #include "test_support.h"
 #include "framework/fw.h"
 #include "services/svc_binding.h"
+#include "wide_key.h"
 
 #include <cstddef>
 
 using namespace mdbtest;
 
 namespace {
-
-// A key record with every kind of column.
-struct WideKey {
-  uint32_t number;
-  uint32_t ip4;
-  uint8_t ip6[16];
-  uint8_t mac[6];
-  uint16_t small;
-  char name[8];
-  uint32_t nameLength;
-  char fixed[3];
-  uint8_t pad;
-  uint32_t arcs[4];
-  uint32_t arcCount;
-  char tail[5];
-  uint8_t pad2[3];
-  uint32_t tailLength;
-};
 
 SVC_DECLARE_TABLE(fwtWide)
 SVC_DEFINE_TABLE(fwtWide)
@@ -38,18 +21,8 @@ SVC_DEFINE_TABLE(fwtAny)
 SVC_DECLARE_SCALAR(fwtScalar)
 SVC_DEFINE_SCALAR(fwtScalar)
 
-constexpr FwEntry kWide = fwTable("fwtWide", {1, 3, 6, 1, 4, 1, 47391, 2, 8000, 1, 1}, FW_TABLE_OPS(fwtWide))
-                              .key(sizeof(WideKey))
-                              .index(fwIdxInt("fwt:number", offsetof(WideKey, number)))
-                              .index(fwIdxIp4("fwt:ip4", offsetof(WideKey, ip4)))
-                              .index(fwIdxIp6("fwt:ip6", offsetof(WideKey, ip6)))
-                              .index(fwIdxMac("fwt:mac", offsetof(WideKey, mac)))
-                              .index(fwIdxInt("fwt:small", offsetof(WideKey, small), 2))
-                              .index(fwIdxString("fwt:name", 8, offsetof(WideKey, name), offsetof(WideKey, nameLength)))
-                              .index(fwIdxFixed("fwt:fixed", 3, offsetof(WideKey, fixed)))
-                              .index(fwIdxOid("fwt:arcs", 4, offsetof(WideKey, arcs), offsetof(WideKey, arcCount)))
-                              .index(fwIdxImpliedString("fwt:tail", 5, offsetof(WideKey, tail),
-                                                        offsetof(WideKey, tailLength)));
+constexpr FwEntry kWide =
+    wideIndex(fwTable("fwtWide", {1, 3, 6, 1, 4, 1, 47391, 2, 8000, 1, 1}, FW_TABLE_OPS(fwtWide)));
 
 struct PairKey {
   uint32_t a;
