@@ -22,11 +22,11 @@ const MdbInitStep gMdbInitSequence[] = {
   // 5
     {MDB_GATE_OPEN, 0, {"mdb.rfc1493enable"}, {{"rfc1493BridgeMibInit", "rfc1493", 0, nullptr}}},
   // 6
-    {MDB_GATE_OPEN, 0, {"mdb.etherlikeenable"}, {{"etherlikeMibinit", "etherlike", 0, nullptr}}},
+    {MDB_GATE_OPEN, 0, {"mdb.etherlikeenable"}, {{"etherlikeMibinit", "etherlike", 0, etherlikeMibinit}}},
   // 7
     {MDB_GATE_OPEN, 0, {"ping.enable"}, {{"pingMibInit", "ping", 0, nullptr}}},
   // 8
-    {MDB_GATE_ALWAYS, 0, {}, {{"rfc1213MibInit", "rfc1213", 0, nullptr}, {"rfc2096MibInit", "rfc2096", 0, nullptr}, {"ipv4MibInit", "ipv4", 0, nullptr}, {"rfc2233MibInit", "rfc2233", 0, nullptr}}},
+    {MDB_GATE_ALWAYS, 0, {}, {{"rfc1213MibInit", "rfc1213", 0, rfc1213MibInit}, {"rfc2096MibInit", "rfc2096", 0, nullptr}, {"ipv4MibInit", "ipv4", 0, nullptr}, {"rfc2233MibInit", "rfc2233", 0, rfc2233MibInit}}},
   // 9
     {MDB_GATE_OPEN, 0, {"um.enable"}, {{"userMibInit", "um", 118, nullptr}}},
   // 10
@@ -60,7 +60,7 @@ const MdbInitStep gMdbInitSequence[] = {
   // 24
     {MDB_GATE_OPEN, 0, {"devm.memory.enable"}, {{"memoryMibInit", "memory", 239, nullptr}}},
   // 25
-    {MDB_GATE_ALWAYS, 0, {}, {{"ifMibInit", "if", 0, ifMibInit}, {"methIfMibInit", "methif", 238, nullptr}}},
+    {MDB_GATE_ALWAYS, 0, {}, {{"ifMibInit", "if", 0, ifMibInit}, {"methIfMibInit", "methif", 238, methIfMibInit}}},
   // 26
     {MDB_GATE_OPEN, 0, {"tgpif.ethif.enable"}, {{"ethIfMibInit", "ethif", 238, ethIfMibInit}}},
   // 27

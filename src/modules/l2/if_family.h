@@ -129,6 +129,13 @@ inline uint32_t counter64(uint32_t kind, MdbCrb* mdb, FwCall* call) {
   return 0;
 }
 
+// The standard tables' counters read 0 without a service call while the
+// interface's suppression flag (attribute 3530) is 1.
+inline bool countersSuppressed(const FwCall* call) {
+  uint32_t flag = 0;
+  return get(call, 3530, &flag) == 0 && flag == 1;
+}
+
 // The 32-bit form of a 64-bit counter: its low word.
 inline uint32_t counterLow(uint32_t kind, MdbCrb* mdb, FwCall* call) {
   if (!isRead(kind)) return fwServePlain(kind, mdb, call);
