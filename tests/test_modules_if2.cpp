@@ -1,6 +1,6 @@
 // The standard interface tables and the management and Ethernet-like
 // modules over the default device.
-#include "test_support.h"
+#include "if_test_support.h"
 #include "mdb/mdb_modules.h"
 #include "services/svc_device.h"
 #include "services/svc_if.h"
@@ -13,10 +13,10 @@ using namespace mdbtest;
 
 namespace {
 
-class StdIfModules : public DictTest {
+class StdIfModules : public IfTest {
  protected:
   void SetUp() override {
-    DictTest::SetUp();
+    IfTest::SetUp();
     ASSERT_EQ(0, ifMibInit());
     ASSERT_EQ(0, ethIfMibInit());
     ASSERT_EQ(0, rfc1213MibInit());
@@ -26,45 +26,10 @@ class StdIfModules : public DictTest {
     svcStoreClear();
     svcDefaultDevice();
   }
-  uint32_t get(const char* name, uint32_t ifIndex, uint32_t* value) {
-    uint32_t length = 4;
-    return mdbGetApi(name, &ifIndex, 1, value, &length, nullptr);
-  }
   uint32_t get64(const char* name, uint32_t ifIndex, uint32_t (&words)[2]) {
     uint32_t length = 8;
     words[0] = words[1] = 0xFFFFFFFFu;
     return mdbGetApi(name, &ifIndex, 1, words, &length, nullptr);
-  }
-  std::string text(const char* name, uint32_t ifIndex) {
-    char buf[1024];
-    uint32_t length = sizeof buf;
-    return mdbGetApi(name, &ifIndex, 1, buf, &length, nullptr) == 0 ? std::string(buf, length) : "<error>";
-  }
-  uint32_t set(const char* name, uint32_t ifIndex, uint32_t value) {
-    return mdbSetApi(name, &ifIndex, 1, &value, 4, nullptr, 1);
-  }
-  std::vector<uint32_t> walk(const char* name) {
-    std::vector<uint32_t> rows;
-    uint32_t index[MDB_MAX_INDEX] = {0}, count = 0;
-    for (;;) {
-      char value[1024];
-      uint32_t length = sizeof value;
-      if (mdbGetNext(name, index, MDB_MAX_INDEX, &count, value, &length, nullptr) != 0) break;
-      rows.push_back(index[0]);
-    }
-    return rows;
-  }
-  void put(uint32_t ifIndex, uint32_t attribute, uint32_t value) {
-    ASSERT_EQ(0, svcRowPut(svcServiceFind("tgpIf"), &ifIndex, 1, attribute, &value));
-  }
-  void put64(uint32_t ifIndex, uint32_t attribute, uint32_t high, uint32_t low) {
-    uint32_t words[2] = {high, low};
-    MdbOctetValue v{reinterpret_cast<uint8_t*>(words), 8};
-    ASSERT_EQ(0, svcRowPut(svcServiceFind("tgpIf"), &ifIndex, 1, attribute, &v));
-  }
-  uint32_t scalar(const char* name, uint32_t* value) {
-    uint32_t zero = 0, length = 4;
-    return mdbGetApi(name, &zero, 1, value, &length, nullptr);
   }
   uint32_t attribute(uint32_t ifIndex, uint32_t id) {
     uint32_t v = 0;
