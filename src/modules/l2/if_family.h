@@ -47,32 +47,14 @@ inline void filterFor(Filter filter, uint8_t* record, uint32_t* level) {
   }
 }
 
-// Next instance over a filter: from the request's index if it has one.
-inline uint32_t nextByFilter(Filter filter, MdbCrb* mdb) {
-  alignas(4) uint8_t record[TGP_IF_FILTER_SIZE];
-  uint32_t level;
-  filterFor(filter, record, &level);
-  int rc;
-  if (mdb->indexSubIdCount != 0) {
-    tgpIfFilterSetIndex(record, mdb->pIndex[0]);
-    rc = tgpIfFilterGetNext(record, record);
-  } else {
-    rc = tgpIfFilterGetFirst(record, level);
-  }
-  if (rc != 0) return static_cast<uint32_t>(-1);
-  mdb->indexSubIdCount = mdb->indexSubIdCountMax;
-  mdb->pIndex[0] = tgpIfFilterIndex(record);
-  return 0;
-}
-
 inline bool isSubInterface(uint32_t ifIndex) {
   uint32_t position[TGP_POS_WORDS] = {0};
   return tgpIndexTrans(ifIndex, 5, position) == 0 && position[TGP_POS_SUB] != 0;
 }
 
-// Next sub-interface of a class filter: step on until the position record
-// names a sub-interface.
-inline uint32_t nextSubInterface(Filter filter, MdbCrb* mdb) {
+// Next instance over a filter, from the request's index if it has one,
+// stepping on past interfaces that `accept` refuses.
+inline uint32_t nextByFilter(Filter filter, MdbCrb* mdb, bool (*accept)(uint32_t ifIndex) = nullptr) {
   alignas(4) uint8_t record[TGP_IF_FILTER_SIZE];
   uint32_t level;
   filterFor(filter, record, &level);
@@ -83,12 +65,15 @@ inline uint32_t nextSubInterface(Filter filter, MdbCrb* mdb) {
   } else {
     rc = tgpIfFilterGetFirst(record, level);
   }
-  while (rc == 0 && !isSubInterface(tgpIfFilterIndex(record))) rc = tgpIfFilterGetNext(record, record);
+  while (rc == 0 && accept != nullptr && !accept(tgpIfFilterIndex(record))) rc = tgpIfFilterGetNext(record, record);
   if (rc != 0) return static_cast<uint32_t>(-1);
   mdb->indexSubIdCount = mdb->indexSubIdCountMax;
   mdb->pIndex[0] = tgpIfFilterIndex(record);
   return 0;
 }
+
+// Next sub-interface of a class filter.
+inline uint32_t nextSubInterface(Filter filter, MdbCrb* mdb) { return nextByFilter(filter, mdb, isSubInterface); }
 
 // The interfaces a filter lists, by a full walk.
 inline uint32_t countByFilter(Filter filter) {
