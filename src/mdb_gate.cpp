@@ -64,15 +64,15 @@ const MdbInitStep gMdbInitSequence[] = {
   // 26
     {MDB_GATE_OPEN, 0, {"tgpif.ethif.enable"}, {{"ethIfMibInit", "ethif", 238, ethIfMibInit}}},
   // 27
-    {MDB_GATE_OPEN, 0, {"tgpif.ethaggif.enable"}, {{"ethaggIfMibInit", "ethaggif", 169, nullptr}}},
+    {MDB_GATE_OPEN, 0, {"tgpif.ethaggif.enable"}, {{"ethaggIfMibInit", "ethaggif", 169, ethaggIfMibInit}}},
   // 28
-    {MDB_GATE_OPEN, 0, {"tgpif.ethsubif.enable"}, {{"ethsubifMibInit", "ethsubif", 0, nullptr}}},
+    {MDB_GATE_OPEN, 0, {"tgpif.ethsubif.enable"}, {{"ethsubifMibInit", "ethsubif", 0, ethsubifMibInit}}},
   // 29
-    {MDB_GATE_CLOSED, 0, {"tgpif.ethsubifstatistics.enable"}, {{"ethSubifStatisticMibInit", "ethsubif_statistic", 0, nullptr}}},
+    {MDB_GATE_CLOSED, 0, {"tgpif.ethsubifstatistics.enable"}, {{"ethSubifStatisticMibInit", "ethsubif_statistic", 0, ethSubifStatisticMibInit}}},
   // 30
-    {MDB_GATE_OPEN, 0, {"tgpif.ethaggsubif.enable"}, {{"ethaggsubifMibInit", "ethaggsubif", 0, nullptr}}},
+    {MDB_GATE_OPEN, 0, {"tgpif.ethaggsubif.enable"}, {{"ethaggsubifMibInit", "ethaggsubif", 0, ethaggsubifMibInit}}},
   // 31
-    {MDB_GATE_CLOSED, 0, {"tgpif.ethaggsubifstatistics.enable"}, {{"ethaggSubifStatisticMibInit", "ethaggsubif_statistic", 0, nullptr}}},
+    {MDB_GATE_CLOSED, 0, {"tgpif.ethaggsubifstatistics.enable"}, {{"ethaggSubifStatisticMibInit", "ethaggsubif_statistic", 0, ethaggSubifStatisticMibInit}}},
   // 32
     {MDB_GATE_OPEN, 0, {"acl.enable"}, {{"aclMibInit", "acl", 165, nullptr}}},
   // 33

@@ -111,8 +111,9 @@ TEST_F(Gate, TheBuiltModulesAndTheDebugLines) {
   mdbInitSequenceRun(gMdbInitSequence, gMdbInitSequenceLength, mdbInitCallDefault);
   EXPECT_EQ(0, mdbModuleSearch("clock"));
   EXPECT_EQ(0, mdbModuleSearch("mirror"));
-  // clock, mirror, the nine SNMP modules, etherlike, rfc1213 (its interface group), rfc2233, if, methif and ethif
-  EXPECT_EQ(8u + 46u + 218u + 39u + 150u + 23u + 31u + 88u + 19u, mdbObjectCount());
+  // clock, mirror, the nine SNMP modules, etherlike, rfc1213 (its interface group), rfc2233, if, methif,
+  // ethif, ethaggif and the two sub-interface tables
+  EXPECT_EQ(8u + 46u + 218u + 39u + 150u + 23u + 31u + 88u + 19u + 97u + 9u + 9u, mdbObjectCount());
   MdbModuleDesc module{};
   ASSERT_EQ(0, mdbModuleGet("mirror", &module));
   EXPECT_EQ(164u, module.registrationId);
@@ -128,7 +129,7 @@ TEST_F(Gate, TheBuiltModulesAndTheDebugLines) {
   gMdbInfo.debugMask = 0;
   loggingOpen(nullptr);
   EXPECT_EQ(-1, mdbModuleSearch("clock"));
-  EXPECT_EQ(46u + 218u + 39u + 150u + 23u + 31u + 88u + 19u, mdbObjectCount());
+  EXPECT_EQ(46u + 218u + 39u + 150u + 23u + 31u + 88u + 19u + 97u + 9u + 9u, mdbObjectCount());
   std::ifstream in(path);
   std::string all((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
   EXPECT_NE(std::string::npos, all.find("MDB init mirrorMibInit MIB"));

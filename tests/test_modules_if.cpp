@@ -32,7 +32,7 @@ TEST_F(IfModules, EachTableListsTheInterfacesOfItsFilter) {
   ASSERT_EQ(0, svcIfAdd(400, 8, {0, 0, 0, 0, 0, 0, 0}));
   ASSERT_EQ(0, svcIfAdd(302, 3, {0, 0, 0, 0, 2, 0, 0}));
   std::vector<uint32_t> priv = range(1, 26);
-  for (uint32_t i : {100u, 201u, 301u, 1001u, 1002u}) priv.push_back(i);
+  for (uint32_t i : {100u, 201u, 301u, 1001u, 1002u, 1101u}) priv.push_back(i);
   EXPECT_EQ(priv, walk("if:ifIndex"));
   uint32_t n = 0;
   ASSERT_EQ(0u, scalar("if:ifTotalNumber", &n));

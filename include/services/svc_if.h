@@ -7,7 +7,8 @@
 
 // Declares the interface services' attributes and fills in the default
 // device: 24 Ethernet ports and 2 uplinks on slot 1, trunk 1 of two members,
-// a management port, VLAN interface 1 and two sub-interfaces of port 1/0/1.
+// a management port, VLAN interface 1, two sub-interfaces of port 1/0/1 and
+// one of the trunk.
 void svcIfDefaults(void);
 
 // An interface of the substitute service, for tests and the default device:
@@ -26,6 +27,7 @@ enum : uint32_t {
   SVC_IF_TRUNK_BASE = 200,  // eth-trunk n: 200 + n
   SVC_IF_VLAN_BASE = 300,   // vlan n: 300 + n
   SVC_IF_SUB_BASE = 1000,   // ethernet1/0/1.n: 1000 + n
+  SVC_IF_TRUNK_SUB_BASE = 1100,  // eth-trunk1.n: 1100 + n
 };
 
 #endif

@@ -66,8 +66,9 @@ bool isGrowing(uint32_t attribute) {
     if (g.attribute == attribute) return true;
   return false;
 }
+// 500 to 572 and 574 (transmit errors); 573 is the last change, 575 the queue length.
 bool isCounter64(uint32_t attribute) {
-  return attribute >= 500 && attribute <= 572 && attribute != 573 && !isGrowing(attribute);
+  return ((attribute >= 500 && attribute <= 572) || attribute == 574) && !isGrowing(attribute);
 }
 
 SvcServiceId ifService() { return svcServiceOf("tgpIf", true); }
@@ -214,7 +215,7 @@ void addPort(uint32_t ifIndex, uint32_t card, uint32_t port, bool up, uint32_t s
     ifPutText(ifIndex, 140, "1000FD");
     ifPutText(ifIndex, 142, "1000FD");
   }
-  for (uint32_t attribute = 500; attribute <= 572; attribute++)
+  for (uint32_t attribute = 500; attribute <= 574; attribute++)
     if (isCounter64(attribute)) ifPut64(ifIndex, attribute, 0);
   // The last five minutes: a tenth of the line rate on a port that is up.
   const uint64_t frames = up ? 25000ull * speed / 1000 : 0, octets = up ? 3750000ull * speed / 1000 : 0;
@@ -293,7 +294,7 @@ void svcIfDefaults(void) {
   SvcServiceId ifs = ifService();
   for (uint32_t a : kIntAttributes) svcAttributeDeclare(ifs, a, SVC_FORM_INT);
   for (uint32_t a : kTextAttributes) svcAttributeDeclare(ifs, a, SVC_FORM_OCTET);
-  for (uint32_t a = 500; a <= 572; a++)
+  for (uint32_t a = 500; a <= 574; a++)
     if (isCounter64(a)) svcAttributeDeclare(ifs, a, SVC_FORM_OCTET);
   for (const Growth& g : kGrowing) svcProvide(ifs, g.attribute, SVC_FORM_OCTET, counterRead, nullptr);
   svcProvide(ifs, kAttrResetStats, SVC_FORM_INT, nullptr, counterReset);
@@ -348,12 +349,19 @@ void svcIfDefaults(void) {
   addVirtual(SVC_IF_VLAN_BASE + 1, 3, {0, 0, 0, 0, 1, 0, 1}, "vlan1", 136);
   putAddress(SVC_IF_VLAN_BASE + 1, {192, 168, 1, 1}, true);
 
-  // Sub-interfaces 1/0/1.1 and 1/0/1.2.
-  for (uint32_t sub = 1; sub <= 2; sub++) {
-    const uint32_t ifIndex = SVC_IF_SUB_BASE + sub;
+  // Sub-interfaces 1/0/1.1 and 1/0/1.2, and eth-trunk1.1.
+  for (uint32_t sub = 1; sub <= 3; sub++) {
+    const bool onTrunk = sub == 3;
+    const uint32_t ifIndex = onTrunk ? SVC_IF_TRUNK_SUB_BASE + 1 : SVC_IF_SUB_BASE + sub;
     char name[64];
-    snprintf(name, sizeof name, "ethernet1/0/1.%u", sub);
-    addVirtual(ifIndex, 1, {0, 1, 1, sub, 0, 0, 1}, name, 135);
+    if (onTrunk)
+      snprintf(name, sizeof name, "eth-trunk1.1");
+    else
+      snprintf(name, sizeof name, "ethernet1/0/1.%u", sub);
+    if (onTrunk)
+      addVirtual(ifIndex, 2, {0, 0, 0, 1, 1, 0, 1}, name, 135);
+    else
+      addVirtual(ifIndex, 1, {0, 1, 1, sub, 0, 0, 1}, name, 135);
     char vlan[8];
     snprintf(vlan, sizeof vlan, "%u", 100 + sub);
     ifPutText(ifIndex, 3000, vlan);

@@ -298,4 +298,19 @@ uint32_t utilisationHook(uint32_t kind, MdbCrb* mdb, FwCall* call) {
   IF_STATS_ZERO(E, M, P, L, 50, "DeferTrans"), IF_STATS_C64(E, M, P, L, 51, "TxErr", 574),                    \
   IF_STATS_C64(E, M, P, L, 52, "RxErr", 570), IF_STATS_C64(E, M, P, L, 53, "TxDiscard", 567)
 
+// The 9 columns of a sub-interface table: `E` the entry, `M` the module's
+// name, `P` the columns' prefix, `L` the first localId. The row status is
+// the interface's own: the service creates and removes the sub-interface.
+#define IF_SUBIF_COLUMNS(E, M, P, L)                                                          \
+  fwObject(&E, (L), 1, M ":" P "Index").gauge().ro().indexOf(0),                              \
+  fwObject(&E, (L) + 1, 2, M ":" P "Alias").octets(512).attr(4).hook(iffam::shortText<64>),   \
+  fwObject(&E, (L) + 2, 3, M ":" P "Mtu").integer().attr(78),                                 \
+  fwObject(&E, (L) + 3, 4, M ":" P "AdminStatus").integer().attr(20).range(1, 2),             \
+  fwObject(&E, (L) + 4, 5, M ":" P "OperStatus").integer().ro().catalogued(1, 2).attr(19),    \
+  fwObject(&E, (L) + 5, 6, M ":" P "EncapDot1q").octets(512).attr(3000),                      \
+  fwObject(&E, (L) + 6, 7, M ":" P "RowStatus").integer().catalogued(1, 6).attr(36)           \
+      .check_(FW_CHECK_ROW_STATUS),                                                           \
+  fwObject(&E, (L) + 7, 8, M ":" P "BdId").integer().attr(270),                               \
+  fwObject(&E, (L) + 8, 9, M ":" P "PktEncapType").integer().catalogued(0, 3).attr(49)
+
 #endif
