@@ -57,7 +57,7 @@ EOF
   # The master leaves to mdb the groups that mdb serves (its sysORTable stays
   # and receives mdb's MIB list).
   snmpd -f -Lo -C -c "$work/snmpd.conf" -p "$work/snmpd.pid" \
-    -I -system_mib,snmp_mib,snmpMPDStats,target_counters,usmStats >"$work/snmpd.log" 2>&1 &
+    -I -system_mib,snmp_mib,snmpMPDStats,target_counters,usmStats,interfaces,ifTable,ifXTable,ifstack >"$work/snmpd.log" 2>&1 &
   pids+=($!)
   for _ in $(seq 100); do grep -q "NET-SNMP version" "$work/snmpd.log" && break; sleep 0.1; done
   "$build/bin/mdb-snmpd" --agentx "tcp:127.0.0.1:$ax" >"$work/subagent.log" 2>&1 &
@@ -114,13 +114,23 @@ if echo "$mw" | grep -q '^.1.3.6.1.4.1.47391.2.2611.1.1.0 = Gauge32: ' &&
 else fail "mirror values"; fi
 [ "$mw" = "$mb" ] && pass "snmpbulkwalk equals snmpwalk on mirror" || fail "snmpbulkwalk differs from snmpwalk"
 
-# --- ifTable, when the interface modules are there
-if snmpget $RO 1.3.6.1.2.1.2.2.1.1.1 2>&1 | grep -q 'No Such'; then
-  echo "  note ifTable (1.3.6.1.2.1.2.2) not served by this build of mdb: skipped"
-else
-  it=$(snmpwalk $RO 1.3.6.1.2.1.2.2 2>&1)
-  echo "$it" | oids | increasing && pass "ifTable walk ($(echo "$it" | wc -l) varbinds)" || fail "ifTable walk order"
-fi
+# --- the interface tables come from mdb (the master leaves them): the same
+# rows and descriptions as mdbctl shows, ifXTable beside it
+it=$(snmpwalk $RO 1.3.6.1.2.1.2.2 2>&1)
+echo "$it" | oids | increasing && pass "ifTable walk increasing ($(echo "$it" | wc -l) varbinds)" || fail "ifTable walk order"
+snmp_rows=$(echo "$it" | sed -n 's/^\.1\.3\.6\.1\.2\.1\.2\.2\.1\.1\.\([0-9]*\) = INTEGER: .*/\1/p' | tr '\n' ' ')
+ctl_rows=$("$build/bin/mdbctl" walk rfc1213:ifIndex 2>/dev/null | awk '{print $2}' | tr '\n' ' ')
+if [ -n "$ctl_rows" ] && [ "$snmp_rows" = "$ctl_rows" ]; then pass "ifTable rows are mdb's: $(echo $ctl_rows | wc -w) interfaces"
+else fail "ifTable rows: snmp [$snmp_rows], mdbctl [$ctl_rows]"; fi
+if echo "$it" | grep -q '^.1.3.6.1.2.1.2.2.1.2.201 = STRING: "eth-trunk1"' &&
+   echo "$it" | grep -q '^.1.3.6.1.2.1.2.2.1.5.25 = Gauge32: 4294967295$'; then
+  pass "ifDescr of the trunk, ifSpeed of a 10G uplink (4294967295)"
+else fail "ifTable values: $(echo "$it" | grep -e '2.2.1.2.201 ' -e '2.2.1.5.25 ')"; fi
+hc=$(snmpget $RO .1.3.6.1.2.1.31.1.1.1.6.1 .1.3.6.1.2.1.31.1.1.1.1.201 2>&1)
+if echo "$hc" | grep -q '^.1.3.6.1.2.1.31.1.1.1.6.1 = Counter64: [0-9]' &&
+   echo "$hc" | grep -q '^.1.3.6.1.2.1.31.1.1.1.1.201 = STRING: "eth-trunk1"'; then
+  pass "ifXTable: ifHCInOctets is a Counter64, ifName from mdb"
+else fail "ifXTable: $hc"; fi
 
 # --- SET: write, read back; errors
 vlan=.1.3.6.1.4.1.47391.2.2611.2.1.3.1
@@ -157,6 +167,7 @@ echo "$allb" | oids | increasing && pass "bulk walk of the whole tree ($(echo "$
 
 # --- the enterprise OID option moves the private trees
 stop_all
+mv "$work/mdb.log" "$work/mdb-1.log"; mv "$work/subagent.log" "$work/subagent-1.log"
 start_all -o snmp.enterpriseoid=64000
 mw2=$(snmpwalk $RO 1.3.6.1.4.1.64000.2.2611 2>&1)
 n2=$(echo "$mw2" | grep -c '^\.1\.3\.6\.1\.4\.1\.64000\.2\.2611\.')
@@ -167,6 +178,14 @@ if [ "$n2" -eq "$n" ] && echo "$old" | grep -q 'No Such Object' &&
   pass "snmp.enterpriseoid=64000: mirror at 1.3.6.1.4.1.64000.2.2611 ($n2 instances), sysORTable moved, LLDP row kept"
 else fail "enterprise OID: $n2 instances; old: $old"; fi
 stop_all
+
+# A sanitizer build reports into the processes' logs.
+for log in mdb.log subagent.log mdb-1.log subagent-1.log; do
+  [ -f "$work/$log" ] || continue
+  if grep -q -e 'ERROR: AddressSanitizer' -e 'ERROR: LeakSanitizer' -e 'runtime error:' -e 'WARNING: ThreadSanitizer' "$work/$log"; then
+    fail "sanitizer report in $log:"; grep -m5 -A5 -e 'Sanitizer' -e 'runtime error:' "$work/$log"
+  fi
+done
 
 if [ $failures -ne 0 ]; then
   echo "snmp bridge test: $failures FAILED"
