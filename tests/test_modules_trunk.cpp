@@ -2,6 +2,7 @@
 // interfaces they list, trunk membership writes, the active-link limits and
 // the failure conventions.
 #include "if_test_support.h"
+#include "mdb/mdb_dict.h"
 #include "mdb/mdb_modules.h"
 #include "services/svc_device.h"
 #include "services/svc_if.h"
@@ -173,6 +174,43 @@ TEST_F(TrunkModules, FailureConventions) {
   EXPECT_EQ(MDB_ERR_INVALID_RANGE, set("ethsubif:ethSubIfRowStatus", 1002, 7));
   EXPECT_EQ(0u, set("ethsubif:ethSubIfRowStatus", 1002, 6));
   EXPECT_EQ(std::vector<uint32_t>{1001}, walk("ethsubif:ethSubIfIndex"));
+}
+
+// The default device holds every attribute its interfaces are asked for:
+// each readable column of each interface table answers on every row of its
+// table's walk (a missing attribute ends a walk with the service's failure).
+TEST_F(TrunkModules, DefaultDeviceAnswersEveryColumnOfEveryRow) {
+  ASSERT_EQ(0, ifMibInit());
+  ASSERT_EQ(0, methIfMibInit());
+  ASSERT_EQ(0, ethIfMibInit());
+  ASSERT_EQ(0, rfc1213MibInit());
+  ASSERT_EQ(0, rfc2233MibInit());
+  ASSERT_EQ(0, etherlikeMibinit());
+  svcStoreClear();
+  svcDefaultDevice();
+  uint32_t columns = 0;
+  for (const char* module : {"if", "methif", "ethif", "ethaggif", "ethsubif", "ethaggsubif", "ethsubif_statistic",
+                             "ethaggsubif_statistic", "rfc1213", "rfc2233", "etherlike"}) {
+    const MdbModuleDesc* m = mdbModuleLookup(module);
+    ASSERT_NE(nullptr, m) << module;
+    for (const MdbObjectBinding* b = m->list; b->object != nullptr; b++) {
+      if (b->entry->indexCountMin == 0 || b->object->access == MDB_ACCESS_NA) continue;
+      const std::string name = b->object->name;
+      const std::string index = std::string(name, 0, name.find(':') + 1) + b->entry->indexNames[0];
+      uint32_t at[MDB_MAX_INDEX] = {0}, count = 0, rows = 0, rc;
+      for (;;) {
+        uint8_t value[4096];
+        uint32_t length = sizeof value;
+        rc = mdbGetNext(name.c_str(), at, MDB_MAX_INDEX, &count, value, &length, nullptr);
+        if (rc != 0) break;
+        rows++;
+      }
+      EXPECT_EQ(MDB_ERR_NO_NEXT_INSTANCE, rc) << name << " after " << rows << " rows";
+      if (mdbObjectLookup(index.c_str()) != nullptr) EXPECT_EQ(walk(index.c_str()).size(), rows) << name;
+      columns++;
+    }
+  }
+  EXPECT_GT(columns, 500u);
 }
 
 }  // namespace

@@ -209,12 +209,13 @@ void addPort(uint32_t ifIndex, uint32_t card, uint32_t port, bool up, uint32_t s
   ifPutText(ifIndex, 139, "10HD,10FD,100HD,100FD,1000FD");
   ifPutText(ifIndex, 141, "10HD,10FD,100HD,100FD,1000FD");
   ifPutText(ifIndex, 197, "1");
-  if (card == 1) {  // the uplinks are combo ports
-    for (uint32_t attribute : {132u, 134u, 138u, 148u, 165u}) ifPut(ifIndex, attribute, attribute == 165 ? 2 : 1);
-    ifPutText(ifIndex, 136, "1000BASE-X");
-    ifPutText(ifIndex, 140, "1000FD");
-    ifPutText(ifIndex, 142, "1000FD");
-  }
+  // The uplinks are combo ports; the others say they are not (support 2).
+  const bool combo = card == 1;
+  for (uint32_t attribute : {132u, 134u, 138u, 148u, 165u})
+    ifPut(ifIndex, attribute, attribute == 165 || (!combo && attribute == 134) ? 2 : combo ? 1 : 0);
+  ifPutText(ifIndex, 136, combo ? "1000BASE-X" : "");
+  ifPutText(ifIndex, 140, combo ? "1000FD" : "");
+  ifPutText(ifIndex, 142, combo ? "1000FD" : "");
   for (uint32_t attribute = 500; attribute <= 574; attribute++)
     if (isCounter64(attribute)) ifPut64(ifIndex, attribute, 0);
   // The last five minutes: a tenth of the line rate on a port that is up.
