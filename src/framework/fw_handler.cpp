@@ -132,6 +132,17 @@ uint32_t validateObject(MdbCrb* mdb, const FwObject* o) {
   return 0;
 }
 
+// What a write may carry, judged before any hook reads it: an integer is
+// exactly the 4 bytes the accessors read (a shorter value would be read past
+// its end), an octet value at most its catalogued size (an OID's size counts
+// sub-ids of 4 bytes) unless the object states a length limit of its own.
+bool valueFits(const MdbCrb* mdb, const FwObject* o) {
+  if (o->form == FW_FORM_INT) return mdb->valueLen == 4;
+  if (o->check == FW_CHECK_LENGTH || o->desc.size == 0) return true;
+  const uint32_t limit = o->desc.type == MDB_TYPE_OID ? o->desc.size * 4 : o->desc.size;
+  return mdb->valueLen <= limit;
+}
+
 uint32_t writeObject(MdbCrb* mdb, const FwEntry* e, const FwObject* o, FwCall* call) {
   if (o->role == FW_ROLE_CONST || o->role == FW_ROLE_NO_SERVICE) return 0;
   int rc;
@@ -174,6 +185,10 @@ uint32_t fwHandler(uint32_t kind, MdbCrb* mdb) {
     if (fwIndexDecode(e, mdb->pIndex, mdb->indexSubIdCount, &call.key, record) != 0)
       return mdbErrorRequestMap(kind);
   }
+
+  if ((kind == MDB_VALIDATE || kind == MDB_COMMIT || kind == MDB_SET_NVM) && o->role != FW_ROLE_INDEX &&
+      o->role != FW_ROLE_UNSERVED && !valueFits(mdb, o))
+    return mdbErrorInvalidLength();
 
   switch (o->role) {
     case FW_ROLE_UNSERVED:
